@@ -1,0 +1,1 @@
+#include "filehandle_internal.h"
