@@ -10,8 +10,11 @@
  * the text they belong to, they are not __LINE__, and they stay when code moves.
  */
 
+#include <unistd.h>
+
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -46,8 +49,22 @@ public:
     /** For operations that fill the list and may move it. */
     KLIBC_SZLIST** Handle() { return &list_; }
     int Count() const { return list_ != nullptr ? list_->nItem : 0; }
-    /** Valid while the list lives. */
-    const char* Get(int index) const { return KLIBCSzListGet(list_, index); }
+    /** Valid while the list lives; empty where the platform has no text. */
+    const char* Get(int index) const {
+        const char* text = KLIBCSzListGet(list_, index);
+        return text != nullptr ? text : "";
+    }
+    /** All texts that there are; the bytes stay the list's. */
+    std::vector<std::string_view> Views() const {
+        std::vector<std::string_view> views;
+        views.reserve(static_cast<size_t>(Count()));
+        for (int i = 0; i < Count(); ++i) {
+            if (const char* text = KLIBCSzListGet(list_, i)) {
+                views.emplace_back(text);
+            }
+        }
+        return views;
+    }
     void RemoveAll() { KLIBCSzListRemoveAll(list_); }
 
 private:
@@ -55,6 +72,58 @@ private:
 
     KLIBC_SZLIST* list_;
 };
+
+/** Owner of a file descriptor. */
+class FileCloser {
+public:
+    explicit FileCloser(int file) : file_(file) {}
+    ~FileCloser() { close(file_); }
+    FileCloser(const FileCloser&) = delete;
+    FileCloser& operator=(const FileCloser&) = delete;
+
+private:
+    int file_;
+};
+
+/** @name Inside filehandle_get_service_name. @{ */
+
+/**
+ * Trims a text of the global locale's white space and splits it at each of the separators,
+ * keeping empty fields. An empty text leaves the fields as they were.
+ *
+ * @return false, with the error code 0x2A00, when the split raised a boost::exception
+ */
+bool SplitString(const std::string& text, std::vector<std::string>& fields,
+                 const std::string& separators);
+
+/** The path of a line of `/proc/<pid>/cgroup`, if it is the one of the systemd hierarchy. */
+bool ControlGroupLineParse(std::string_view line, std::string& path);
+
+/** The unit that stands first in the systemd path of a whole `/proc/<pid>/cgroup`. */
+bool ControlGroupUnitGet(std::string_view text, std::string& unit);
+
+/** Name of a unit's file: the unit itself, with ".service" where it names no unit type. */
+std::string UnitFileName(const std::string& unit);
+
+/**
+ * A value of a unit's file, empty when it has none.
+ *
+ * @throws std::exception, with the error code 0x0700, when there is no such file
+ */
+std::string UnitFileValueGet(const std::string& unit, const std::string& section,
+                             const std::string& key);
+
+/** The text that a reference "bundle:key" names, empty when it is no reference. */
+std::string I18nTextGet(const std::string& reference);
+
+/** @} */
+
+/** @name Inside filehandle_get_connnection_info. @{ */
+
+/** A decimal process id; -1, with a log line, for a text that is no int. */
+int StringToPid(const std::string& text);
+
+/** @} */
 
 }  // namespace FileHandle
 }  // namespace VORN
