@@ -1,1 +1,111 @@
+#include <stdio.h>
+#include <string.h>
+#include <syslog.h>
+#include <unistd.h>
+
 #include "filehandle_internal.h"
+#include "vorn/platform/error.h"
+#include "vorn/platform/file.h"
+
+namespace VORN {
+namespace FileHandle {
+
+namespace {
+
+constexpr char kSource[] = "filehandle_get_proc_opened_file";
+constexpr size_t kPathSize = 4096;
+
+/** Reads descriptor links, always into the same buffers. */
+class LinkReader {
+public:
+    /** False when there is nothing to read, as for a descriptor that was closed meanwhile. */
+    bool Read(const char* directory, const char* descriptor) {
+        snprintf(link_, sizeof(link_), "%s%s", directory, descriptor);
+        memset(target_, 0, sizeof(target_));
+        const ssize_t length = readlink(link_, target_, sizeof(target_) - 1);
+        if (length <= 0) {
+            return false;
+        }
+        target_[length] = '\0';
+        path_ = target_;
+        return true;
+    }
+    const std::string& Target() const { return path_; }
+
+private:
+    char link_[kPathSize];
+    char target_[kPathSize];
+    std::string path_;
+};
+
+/** Appends a record for each descriptor of one process that points into a volume. */
+int AppendDescriptors(const StringList& descriptors, const char* directory, const std::string& pid,
+                      LinkReader& link, OpenedFile& file, std::list<OpenedFile>& list) {
+    for (int i = 0; i < descriptors.Count(); ++i) {
+        // Descriptor 0 is passed over: the test takes numbers other than 0 only.
+        const char* descriptor = descriptors.Get(i);
+        if (!IsNumericalDir(descriptor) || !link.Read(directory, descriptor) ||
+            !PathBeginWithVolume(link.Target())) {
+            continue;
+        }
+        if (file.setFullPath(link.Target()) < 0) {
+            syslog(LOG_ERR, "%s:%d Failed to set full path of opened file", kSource, 92);
+            return -1;
+        }
+        if (file.setPid(pid) < 0) {
+            syslog(LOG_ERR, "%s:%d Faile to set PID of opened file", kSource, 96);
+            return -1;
+        }
+        list.push_back(file);
+    }
+    return 0;
+}
+
+/** Walks the processes, reusing the descriptor list. */
+int ScanProcesses(const StringList& processes, StringList& descriptors,
+                  std::list<OpenedFile>& list) {
+    char directory[kPathSize];
+    LinkReader link;
+    OpenedFile file;
+    for (int i = 0; i < processes.Count(); ++i) {
+        const std::string pid = processes.Get(i);
+        if (!IsNumericalDir(pid)) {
+            continue;
+        }
+        snprintf(directory, sizeof(directory), "/proc/%s/fd/", pid.c_str());
+        if (KLIBCFileEnumDir(directory, nullptr, descriptors.Handle(), 0) < 0) {
+            // Processes end all the time: worth a line for debugging, never a failure.
+            syslog(LOG_DEBUG, "%s:%d Fail to enum %s, vornerr=[0x%04X]", kSource, 64, directory,
+                   KLIBCErrGet());
+            continue;
+        }
+        if (AppendDescriptors(descriptors, directory, pid, link, file, list) < 0) {
+            return -1;
+        }
+        descriptors.RemoveAll();
+    }
+    return 0;
+}
+
+}  // namespace
+
+int GetProcOpenedFileInVolume(std::list<OpenedFile>& list) {
+    StringList descriptors;
+    if (!descriptors) {
+        syslog(LOG_ERR, "%s:%d Out of Memory", kSource, 30);
+        return -1;
+    }
+    StringList processes;
+    if (!processes) {
+        syslog(LOG_ERR, "%s:%d Out of Memory", kSource, 39);
+        return -1;
+    }
+    if (KLIBCFileEnumDir("/proc", nullptr, processes.Handle(), KLIBC_ENUM_DIRECTORIES) < 0) {
+        syslog(LOG_ERR, "%s:%d Fail to enum /proc, vornerr=[0x%04X]", kSource, 48, KLIBCErrGet());
+        return -1;
+    }
+    return ScanProcesses(processes, descriptors, list);
+}
+
+}  // namespace FileHandle
+}  // namespace VORN
