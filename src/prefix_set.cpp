@@ -1,1 +1,52 @@
 #include "prefix_set.h"
+
+#include <algorithm>
+
+namespace VORN {
+namespace FileHandle {
+
+namespace {
+
+bool BeginsWith(std::string_view text, std::string_view prefix) {
+    return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+}  // namespace
+
+PrefixSet::PrefixSet(std::vector<std::string_view> prefixes) : prefixes_(std::move(prefixes)) {
+    std::sort(prefixes_.begin(), prefixes_.end());
+    // What a prefix covers follows it directly in this order.
+    size_t kept = 0;
+    for (std::string_view prefix : prefixes_) {
+        if (kept == 0 || !BeginsWith(prefix, prefixes_[kept - 1])) {
+            prefixes_[kept++] = prefix;
+        }
+    }
+    prefixes_.resize(kept);
+    for (std::string_view prefix : prefixes_) {
+        if (!prefix.empty()) {
+            firstBytes_.set(static_cast<unsigned char>(prefix.front()));
+        }
+    }
+}
+
+bool PrefixSet::MatchesBeginOf(std::string_view text) const {
+    const auto next = std::upper_bound(prefixes_.begin(), prefixes_.end(), text);
+    return next != prefixes_.begin() && BeginsWith(text, *std::prev(next));
+}
+
+bool PrefixSet::MatchesInside(std::string_view text) const {
+    if (MatchesBeginOf(text)) {
+        return true;
+    }
+    for (size_t at = 1; at < text.size(); ++at) {
+        if (firstBytes_.test(static_cast<unsigned char>(text[at])) &&
+            MatchesBeginOf(text.substr(at))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace FileHandle
+}  // namespace VORN

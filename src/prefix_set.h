@@ -1,6 +1,7 @@
 #ifndef VORN_PREFIX_SET_H
 #define VORN_PREFIX_SET_H
 
+#include <bitset>
 #include <string_view>
 #include <vector>
 
@@ -25,6 +26,8 @@ public:
 
 private:
     std::vector<std::string_view> prefixes_;
+    /** Where no prefix begins with a byte, no search is needed. */
+    std::bitset<256> firstBytes_;
 };
 
 }  // namespace FileHandle
