@@ -1,0 +1,150 @@
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "support/journal.h"
+#include "support/real_function.h"
+#include "support/scripted_libc.h"
+
+namespace {
+
+using unit::Real;
+using unit::TheLibc;
+
+bool IsBelow(const std::string& path, const std::string& directory) {
+    return path.compare(0, directory.size(), directory) == 0;
+}
+
+bool IsUnitFile(const std::string& path) {
+    return IsBelow(path, "/usr/local/lib/systemd/system/") ||
+           IsBelow(path, "/usr/lib/systemd/system/");
+}
+
+/** The part of "/proc/<pid>/..." between the slashes; nothing for /proc/self. */
+std::string PidOf(const std::string& path) {
+    if (!IsBelow(path, "/proc/")) {
+        return "";
+    }
+    const std::string pid = path.substr(6, path.find('/', 6) - 6);
+    return pid == "self" || pid == "thread-self" ? "" : pid;
+}
+
+bool IsControlGroup(const std::string& path) {
+    return TheLibc().active && !PidOf(path).empty() && path == "/proc/" + PidOf(path) + "/cgroup";
+}
+
+int OpenControlGroup(const std::string& path) {
+    unit::Note("open", path);
+    const auto text = TheLibc().controlGroups.find(PidOf(path));
+    if (text == TheLibc().controlGroups.end()) {
+        errno = ENOENT;
+        return -1;
+    }
+    const int descriptor = memfd_create("cgroup", MFD_CLOEXEC);
+    if (write(descriptor, text->second.data(), text->second.size()) < 0) {
+        return -1;
+    }
+    lseek(descriptor, 0, SEEK_SET);
+    return descriptor;
+}
+
+int OpenAny(const char* name, const char* path, int flags, mode_t mode) {
+    if (IsControlGroup(path)) {
+        return OpenControlGroup(path);
+    }
+    return Real(static_cast<int (*)(const char*, int, ...)>(nullptr), name)(path, flags, mode);
+}
+
+FILE* OpenStream(const char* name, const char* path, const char* mode) {
+    if (IsControlGroup(path)) {
+        const int descriptor = OpenControlGroup(path);
+        return descriptor < 0 ? nullptr : fdopen(descriptor, mode);
+    }
+    return Real(static_cast<FILE* (*)(const char*, const char*)>(nullptr), name)(path, mode);
+}
+
+template <typename Status>
+int StatusOf(const char* name, const char* path, Status* status) {
+    if (TheLibc().active) {
+        unit::Note("stat", path);
+        const auto scripted = TheLibc().statuses.find(path);
+        if (scripted != TheLibc().statuses.end()) {
+            std::memset(status, 0, sizeof(*status));
+            status->st_atim.tv_sec = scripted->second.accessTime;
+            errno = scripted->second.error;
+            return scripted->second.error == 0 ? 0 : -1;
+        }
+    }
+    return Real(static_cast<int (*)(const char*, Status*)>(nullptr), name)(path, status);
+}
+
+mode_t ModeOf(int flags, va_list arguments) {
+    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? static_cast<mode_t>(va_arg(arguments, int)) : 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+ssize_t readlink(const char* path, char* buffer, size_t size) noexcept {
+    if (!TheLibc().active || PidOf(path).empty()) {
+        return Real(&readlink, "readlink")(path, buffer, size);
+    }
+    unit::Note("readlink", path, size);
+    const auto link = TheLibc().links.find(path);
+    if (link == TheLibc().links.end()) {
+        errno = ENOENT;
+        return -1;
+    }
+    return static_cast<ssize_t>(link->second.copy(buffer, size));
+}
+
+int stat(const char* path, struct stat* status) noexcept {
+    return StatusOf("stat", path, status);
+}
+
+int stat64(const char* path, struct stat64* status) noexcept {
+    return StatusOf("stat64", path, status);
+}
+
+int access(const char* path, int mode) noexcept {
+    if (!TheLibc().active || !IsUnitFile(path)) {
+        return Real(&access, "access")(path, mode);
+    }
+    unit::Note("access", path, mode);
+    errno = ENOENT;
+    return TheLibc().unitFiles.count(path) != 0 ? 0 : -1;
+}
+
+int open(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = ModeOf(flags, arguments);
+    va_end(arguments);
+    return OpenAny("open", path, flags, mode);
+}
+
+int open64(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = ModeOf(flags, arguments);
+    va_end(arguments);
+    return OpenAny("open64", path, flags, mode);
+}
+
+FILE* fopen(const char* path, const char* mode) {
+    return OpenStream("fopen", path, mode);
+}
+
+FILE* fopen64(const char* path, const char* mode) {
+    return OpenStream("fopen64", path, mode);
+}
+
+}  // extern "C"

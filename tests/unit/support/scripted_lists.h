@@ -1,0 +1,19 @@
+#ifndef VORN_UNIT_SUPPORT_SCRIPTED_LISTS_H
+#define VORN_UNIT_SUPPORT_SCRIPTED_LISTS_H
+
+#include <string>
+#include <vector>
+
+#include "vorn/platform/string_list.h"
+
+namespace unit {
+
+/** `list 1` for the first list allocated, and so on. */
+std::string ListName(const KLIBC_SZLIST* list);
+
+/** What an operation that fills a list does; moves the list. */
+void AppendTexts(KLIBC_SZLIST** list, const std::vector<std::string>& texts);
+
+}  // namespace unit
+
+#endif

@@ -1,0 +1,117 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "support/journal.h"
+#include "support/scripted_platform.h"
+#include "vorn/platform/string_bundle.h"
+
+namespace {
+
+using unit::ScriptedPlatform;
+using unit::ThePlatform;
+
+size_t TextBytes(const std::vector<ScriptedPlatform::Connection>& connections) {
+    size_t bytes = 0;
+    for (const ScriptedPlatform::Connection& connection : connections) {
+        bytes += connection.host.size() + connection.user.size() + 2;
+    }
+    return bytes;
+}
+
+char* Put(const std::string& text, char** room) {
+    char* start = *room;
+    std::memcpy(start, text.c_str(), text.size() + 1);
+    *room += text.size() + 1;
+    return start;
+}
+
+/** One block, the texts behind the records, as the interface demands. */
+VORN_CURCONN* MakeBlock(const std::vector<ScriptedPlatform::Connection>& connections) {
+    const size_t recordBytes = connections.size() * sizeof(VORN_CURCONN);
+    void* block = std::calloc(1, recordBytes + TextBytes(connections));
+    VORN_CURCONN* records = static_cast<VORN_CURCONN*>(block);
+    char* room = static_cast<char*>(block) + recordBytes;
+    for (size_t i = 0; i < connections.size(); ++i) {
+        records[i].pid = connections[i].pid;
+        records[i].szHost = Put(connections[i].host, &room);
+        records[i].szUser = Put(connections[i].user, &room);
+        records[i].type = connections[i].type;
+    }
+    return records;
+}
+
+}  // namespace
+
+extern "C" {
+
+int VORNCurConnGet(VORN_CURCONN** connections) {
+    unit::Note("VORNCurConnGet", *connections == nullptr ? "null" : "set");
+    const auto& scripted = ThePlatform().connections;
+    if (!scripted.empty()) {
+        *connections = MakeBlock(scripted);
+        ThePlatform().live[*connections] = "connection block";
+    }
+    const int result = ThePlatform().connectionResult.value_or(static_cast<int>(scripted.size()));
+    if (result < 0) {
+        unit::SetPlatformError(ScriptedPlatform::kConnectionError);
+    }
+    return result;
+}
+
+int KLIBCProcGetByPid(int pid, KLIBC_PROC** process) {
+    unit::Note("KLIBCProcGetByPid", pid, *process == nullptr ? "null" : "set");
+    const auto scripted = ThePlatform().processes.find(pid);
+    if (scripted == ThePlatform().processes.end()) {
+        unit::SetPlatformError(ScriptedPlatform::kProcessError);
+        return -1;
+    }
+    if (scripted->second.givesRecord) {
+        *process = new KLIBC_PROC{pid, scripted->second.ppid};
+        ThePlatform().live[*process] = "process " + std::to_string(pid);
+    }
+    return scripted->second.result;
+}
+
+void KLIBCProcFree(KLIBC_PROC* process) {
+    unit::Note("KLIBCProcFree", process == nullptr ? "null" : std::to_string(process->reserved));
+    if (process == nullptr) {
+        return;
+    }
+    if (ThePlatform().live.erase(process) == 0) {
+        ADD_FAILURE() << "KLIBCProcFree of a process that is not alive";
+        return;
+    }
+    delete process;
+}
+
+}  // extern "C"
+
+StringBundle::StringBundle(const char* bundle, const char* b, const char* c, const char* d,
+                           const char* e, const char* f)
+    : state_(new std::string(bundle)) {
+    unit::Note("StringBundle", bundle, b, c, d, e, f);
+    ThePlatform().live[state_] = "bundle " + std::string(bundle);
+}
+
+StringBundle::~StringBundle() {
+    std::string* name = static_cast<std::string*>(state_);
+    unit::Note("~StringBundle", *name);
+    ThePlatform().live.erase(state_);
+    delete name;
+}
+
+const char* StringBundle::Text(const char* key, const char* fallback) {
+    const std::string& name = *static_cast<std::string*>(state_);
+    unit::Note("StringBundle::Text", name, key, fallback);
+    const auto bundle = ThePlatform().bundles.find(name);
+    if (bundle == ThePlatform().bundles.end()) {
+        return fallback;
+    }
+    const auto text = bundle->second.find(key);
+    if (text == bundle->second.end()) {
+        return fallback;
+    }
+    return text->second.has_value() ? text->second->c_str() : nullptr;
+}

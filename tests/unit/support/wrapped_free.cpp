@@ -1,0 +1,27 @@
+#include <string>
+
+#include "support/journal.h"
+#include "support/scripted_platform.h"
+
+extern "C" {
+
+void __real_free(void* block);
+void __wrap_free(void* block);
+
+/** The block of the connections is the library's to free, and only free() tells that it did. */
+void __wrap_free(void* block) {
+    static thread_local bool inside = false;
+    if (block != nullptr && !inside) {
+        inside = true;
+        auto& live = unit::ThePlatform().live;
+        const auto found = live.find(block);
+        if (found != live.end()) {
+            unit::Note("free", found->second);
+            live.erase(found);
+        }
+        inside = false;
+    }
+    __real_free(block);
+}
+
+}  // extern "C"
