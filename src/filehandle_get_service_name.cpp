@@ -166,19 +166,22 @@ std::string UnitFileName(const std::string& unit) {
     return unit + ".service";
 }
 
-std::string UnitFileValueGet(const std::string& unit, const std::string& section,
-                             const std::string& key) {
-    std::string path;
-    if (!UnitFileFind(unit, path)) {
-        KLIBCErrSetEx(KLIBC_ERR_NOT_FOUND, kSource, 98);
-        throw std::exception();
+bool UnitFileValueGet(const std::string& unit, const char* section, const char* key,
+                      std::string& value) {
+    try {
+        std::string path;
+        if (!UnitFileFind(unit, path)) {
+            KLIBCErrSetEx(KLIBC_ERR_NOT_FOUND, kSource, 98);
+            return false;
+        }
+        char buffer[1024] = {};
+        const bool found =
+            KLIBCFileGetSectionValue(path.c_str(), section, key, buffer, sizeof(buffer)) == 0;
+        value = found ? buffer : "";
+        return true;
+    } catch (const std::exception&) {
+        return false;
     }
-    char value[1024] = {};
-    if (KLIBCFileGetSectionValue(path.c_str(), section.c_str(), key.c_str(), value,
-                                 sizeof(value)) != 0) {
-        return {};
-    }
-    return value;
 }
 
 std::string I18nTextGet(const std::string& reference) {
@@ -192,20 +195,18 @@ std::string I18nTextGet(const std::string& reference) {
 }
 
 bool NameGet(const std::string& unit, std::string& name) {
-    try {
-        name = UnitFileValueGet(unit, kSection, "Name");
-    } catch (const std::exception&) {
+    std::string value;
+    if (!UnitFileValueGet(unit, kSection, "Name", value)) {
         return false;
     }
+    name = std::move(value);
     return !name.empty();
 }
 
 bool NameI18nGet(const std::string& unit, std::string& name,
                  std::unordered_map<std::string, std::string>& cache) {
     std::string reference;
-    try {
-        reference = UnitFileValueGet(unit, kSection, "NameI18n");
-    } catch (const std::exception&) {
+    if (!UnitFileValueGet(unit, kSection, "NameI18n", reference)) {
         return false;
     }
     std::vector<std::string> fields;

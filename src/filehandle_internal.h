@@ -106,12 +106,13 @@ bool ControlGroupUnitGet(std::string_view text, std::string& unit);
 std::string UnitFileName(const std::string& unit);
 
 /**
- * A value of a unit's file, empty when it has none.
+ * A value of a unit's file, empty when it has none. No exception of the standard library leaves
+ * it, and none reports the missing file: it is an everyday case, asked for once a record.
  *
- * @throws std::exception, with the error code 0x0700, when there is no such file
+ * @return false, with the error code 0x0700, when there is no such file
  */
-std::string UnitFileValueGet(const std::string& unit, const std::string& section,
-                             const std::string& key);
+bool UnitFileValueGet(const std::string& unit, const char* section, const char* key,
+                      std::string& value);
 
 /** The text that a reference "bundle:key" names, empty when it is no reference. */
 std::string I18nTextGet(const std::string& reference);
