@@ -29,12 +29,25 @@ int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list,
 int KLIBCFileCheckDir(const char* path);
 
 /**
- * Copies the value of a key in a section of an ini-style file into a buffer.
+ * Copies the value of a key in a section of an ini-style file, such as a unit file of systemd, into
+ * a buffer.
  *
- * @param buffer  receives the value, always NUL-terminated
+ * Names are compared byte by byte. When the key is assigned repeatedly, over repeated sections too,
+ * the last assignment that isn't empty counts. A line that begins with "#" or ";" is a comment, and
+ * one that ends in a backslash goes on in the next. The value is taken as it stands, without the
+ * blanks at its ends: quotes, escapes and specifiers aren't interpreted. Only the file itself is
+ * read, no drop-in of a unit (unit.d/...).
+ *
+ * A file that can't be such a file is refused at once: one above 1 MiB or with a zero byte in it,
+ * and whatever is no regular file.
+ *
+ * @param buffer  receives the value, always NUL-terminated; one that doesn't fit is cut at a whole
+ *                UTF-8 character. Empty when there is no value.
  * @param size    size of the buffer in bytes
  * @return 0 when there is a value; any other result means that there is none, with the error
- *         code set
+ *         code set: KLIBC_ERR_NOT_FOUND when file, section or key is missing, KLIBC_ERR_RESOURCE
+ *         when the file can't be read, KLIBC_ERR_BAD_PARAM when it is refused or an argument is
+ *         null or empty
  */
 int KLIBCFileGetSectionValue(const char* path, const char* section, const char* key, char* buffer,
                              int size);

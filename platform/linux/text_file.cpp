@@ -1,0 +1,72 @@
+#include "text_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <cerrno>
+
+#include "vorn/platform/error.h"
+
+namespace vorn::host {
+namespace {
+
+class Descriptor {
+public:
+    explicit Descriptor(int fd) : fd_(fd) {}
+    ~Descriptor() {
+        if (fd_ >= 0) {
+            close(fd_);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int Get() const { return fd_; }
+
+private:
+    int fd_;
+};
+
+// Reads on to the end of the file, not to its size: the file may grow or shrink meanwhile.
+int ReadToEnd(int fd, std::size_t expected, std::string& text) {
+    std::size_t used = 0;
+    text.resize(expected + 1);
+    while (used <= kTextFileLimit) {
+        if (used == text.size()) {
+            text.resize(2 * used);
+        }
+        const ssize_t count = read(fd, text.data() + used, text.size() - used);
+        if (count == 0) {
+            text.resize(used);
+            return 0;
+        }
+        if (count > 0) {
+            used += static_cast<std::size_t>(count);
+        } else if (errno != EINTR) {
+            return KLIBC_ERR_RESOURCE;
+        }
+    }
+    return KLIBC_ERR_BAD_PARAM;
+}
+
+}  // namespace
+
+int ReadTextFile(const char* path, std::string& text) {
+    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file.Get() < 0) {
+        return errno == ENOENT || errno == ENOTDIR ? KLIBC_ERR_NOT_FOUND : KLIBC_ERR_RESOURCE;
+    }
+    struct stat status {};
+    if (fstat(file.Get(), &status) != 0) {
+        return KLIBC_ERR_RESOURCE;
+    }
+    const auto size = static_cast<std::size_t>(status.st_size);
+    if (!S_ISREG(status.st_mode) || size > kTextFileLimit) {
+        return KLIBC_ERR_BAD_PARAM;
+    }
+    if (const int error = ReadToEnd(file.Get(), size, text)) {
+        return error;
+    }
+    return text.find('\0') == std::string::npos ? 0 : KLIBC_ERR_BAD_PARAM;
+}
+
+}  // namespace vorn::host
