@@ -1,0 +1,15 @@
+// Prints the text for the internal service from the texts in the folder given.
+#include <cstdio>
+
+#include "texts.h"
+#include "vorn/platform/string_bundle.h"
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        return 2;
+    }
+    vorn::host::UseTextsFolder(argv[1]);
+    StringBundle texts("service", nullptr, nullptr, nullptr, nullptr, nullptr);
+    std::fputs(texts.Text("internal_service", ""), stdout);
+    return 0;
+}
