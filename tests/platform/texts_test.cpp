@@ -1,4 +1,4 @@
-// The texts that are installed with the library.
+// The texts and units that are installed with the library.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,6 +13,7 @@
 #include <string>
 
 #include "texts.h"
+#include "vorn/platform/file.h"
 #include "vorn/platform/string_bundle.h"
 
 namespace {
@@ -167,6 +168,60 @@ TEST(Texts, AreFoundInEveryLanguage) {
 TEST(Texts, AreCompiledInAsTheEnglishBundle) {
     EXPECT_EQ(vorn::host::CompiledTexts("service"), Content(kData / "texts/en/service"));
     EXPECT_EQ(vorn::host::CompiledTexts("other"), "");
+}
+
+std::string Value(const fs::path& unit, const char* section, const char* key) {
+    char buffer[1024] = {};
+    EXPECT_EQ(KLIBCFileGetSectionValue(unit.c_str(), section, key, buffer, sizeof buffer), 0)
+        << unit << ' ' << key;
+    return buffer;
+}
+
+const std::map<std::string, std::string> kSlices = {
+    {"SMBService.slice", "smb"}, {"atalk.slice", "afp"},     {"ftpd.slice", "ftp"},
+    {"sshd.slice", "ssh"},       {"inetd.slice", "inetd"},   {"nfsd.slice", "nfs"},
+    {"rsyncd.slice", "rsync"},   {"webdav.slice", "webdav"},
+};
+
+TEST(Slices, BearTheNameOfTheirService) {
+    auto english = TextsOf("en");
+    for (const auto& [slice, key] : kSlices) {
+        const fs::path unit = kData / "systemd" / slice;
+        EXPECT_EQ(Value(unit, "X-Vornalis", "NameI18n"), "service:" + key);
+        EXPECT_EQ(Value(unit, "X-Vornalis", "Name"), english[key]) << slice;
+        EXPECT_NE(Value(unit, "Unit", "Description"), "") << slice;
+    }
+}
+
+TEST(Slices, TakeInTheDaemonsOfDebian) {
+    const std::map<std::string, std::string> expected = {
+        {"inetd.service.d", "inetd.slice"},
+        {"inetutils-inetd.service.d", "inetd.slice"},
+        {"netatalk.service.d", "atalk.slice"},
+        {"nfs-ganesha.service.d", "nfsd.slice"},
+        {"nfs-mountd.service.d", "nfsd.slice"},
+        {"nfs-server.service.d", "nfsd.slice"},
+        {"proftpd.service.d", "ftpd.slice"},
+        {"proftpd@.service.d", "ftpd.slice"},
+        {"pure-ftpd.service.d", "ftpd.slice"},
+        {"rsync.service.d", "rsyncd.slice"},
+        {"samba-ad-dc.service.d", "SMBService.slice"},
+        {"smbd.service.d", "SMBService.slice"},
+        {"ssh.service.d", "sshd.slice"},
+        {"ssh@.service.d", "sshd.slice"},
+        {"vsftpd.service.d", "ftpd.slice"},
+        {"xinetd.service.d", "inetd.slice"},
+    };
+    std::map<std::string, std::string> slices;
+    for (const std::string& name : NamesIn(kData / "systemd")) {
+        if (kSlices.count(name) == 0) {
+            EXPECT_EQ(NamesIn(kData / "systemd" / name),
+                      std::set<std::string>{"50-vorn-slice.conf"});
+            slices[name] =
+                Value(kData / "systemd" / name / "50-vorn-slice.conf", "Service", "Slice");
+        }
+    }
+    EXPECT_EQ(slices, expected);
 }
 
 }  // namespace
