@@ -18,10 +18,10 @@ void Journal::Add(const std::string& call) {
 }
 
 std::vector<std::string> Journal::CallsOf(const std::string& function) const {
-    return CallsOf(std::vector<std::string>{function});
+    return CallsOf({function.c_str()});
 }
 
-std::vector<std::string> Journal::CallsOf(const std::vector<std::string>& functions) const {
+std::vector<std::string> Journal::CallsOf(std::initializer_list<const char*> functions) const {
     std::vector<std::string> found;
     for (const std::string& call : calls_) {
         const std::string name = call.substr(0, call.find('('));

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <functional>
+#include <initializer_list>
 #include <sstream>
 #include <string>
 #include <type_traits>
@@ -24,7 +25,7 @@ public:
     /** The calls of one function. */
     std::vector<std::string> CallsOf(const std::string& function) const;
     /** The calls of several functions, in their order. */
-    std::vector<std::string> CallsOf(const std::vector<std::string>& functions) const;
+    std::vector<std::string> CallsOf(std::initializer_list<const char*> functions) const;
 
     /** Called with each call as it is made, before it does anything. */
     std::function<void(const std::string& call)> onCall;

@@ -16,17 +16,17 @@ int Call(const char* name, Setter* real, OpenedFile* file, const std::string& te
 
 }  // namespace
 
-// The linker gives the library's calls to __wrap_NAME and the setter itself to __real_NAME.
+// The linker gives the library's calls to __wrap_NAME and the setter itself to __real_NAME. An odd
+// address would read as a virtual function where a test points to the setter as a member.
 #define MANGLED(length, name) \
     _ZN4VORN10FileHandle10OpenedFile##length##name##ERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE
 #define PASTE(prefix, name) PASTE_EXPANDED(prefix, name)
 #define PASTE_EXPANDED(prefix, name) prefix##name
-#define WRAP_SETTER(length, name)                                                   \
-    extern "C" Setter PASTE(__real_, MANGLED(length, name)),                        \
-        PASTE(__wrap_, MANGLED(length, name));                                      \
-    extern "C" int PASTE(__wrap_, MANGLED(length, name))(OpenedFile * file,         \
-                                                         const std::string& text) { \
-        return Call(#name, &PASTE(__real_, MANGLED(length, name)), file, text);     \
+#define WRAP_SETTER(length, name)                                                           \
+    extern "C" Setter PASTE(__real_, MANGLED(length, name));                                \
+    extern "C" __attribute__((aligned(16))) Setter PASTE(__wrap_, MANGLED(length, name));   \
+    int PASTE(__wrap_, MANGLED(length, name))(OpenedFile * file, const std::string& text) { \
+        return Call(#name, &PASTE(__real_, MANGLED(length, name)), file, text);             \
     }
 
 WRAP_SETTER(6, setPid)

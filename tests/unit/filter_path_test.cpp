@@ -1,0 +1,407 @@
+#include <algorithm>
+#include <random>
+
+#include "support/library_test.h"
+
+using namespace VORN::FileHandle;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using unit::Files;
+using unit::ScriptedPlatform;
+
+namespace {
+
+const char* const kSource = "filehandle_filter_path";
+const char* const kShareListLine = "%s:%d Failed to get share path list, vornerr=[0x%04X]";
+const char* const kVolumeListLine = "%s:%d Failed to get volume path list, vornerr=[0x%04X]";
+const char* const kRefusal = "%s:%d Invaild Argument (%s)=[%d]\n";
+
+class Filter : public unit::LibraryTest {
+protected:
+    int Run(int enumby) {
+        journal.Clear();
+        return FilterPath(files, enumby);
+    }
+    /** "full path -> path, file name" of each record. */
+    std::vector<std::string> Kept() {
+        std::vector<std::string> kept;
+        for (OpenedFile& file : files) {
+            kept.push_back(file.getFullPath() + " -> " + file.getPath() + ", " +
+                           file.getFilename());
+        }
+        return kept;
+    }
+
+    Files files;
+};
+
+}  // namespace
+
+using ShareFilter = Filter;
+using VolumeFilter = Filter;
+
+TEST_F(ShareFilter, CutsTheVolumeOffThePath) {
+    platform.shares = {{"photo", "/volume1/photo"}, {"docs", "/volumeUSB1/docs"}};
+    files = unit::Records({{"7", "/volume1/photo/2020/a.jpg"}, {"8", "/volumeUSB1/docs/b"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(Kept(), ElementsAre("/volume1/photo/2020/a.jpg -> photo/2020/a.jpg, a.jpg",
+                                    "/volumeUSB1/docs/b -> docs/b, b"));
+}
+
+TEST_F(ShareFilter, KeepsEntryUnderSiblingWithSamePrefix) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    files = unit::Records({{"7", "/volume1/photos/b.txt"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(Kept(), ElementsAre("/volume1/photos/b.txt -> photos/b.txt, b.txt"));
+}
+
+TEST_F(ShareFilter, KeepsTheShareItself) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    files = unit::Records({{"7", "/volume1/photo"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(Kept(), ElementsAre("/volume1/photo -> photo, photo"));
+}
+
+TEST_F(ShareFilter, ErasesInPlaceAndKeepsTheOrder) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    files = unit::Records({{"1", "/volume2/docs/c.pdf"},
+                           {"2", "/volume1/photo/z"},
+                           {"3", "/volume1/phot"},
+                           {"4", "/volume1/other"},
+                           {"5", "/volume1/photo/a"},
+                           {"6", "/volume2/photo/a"}});
+    const OpenedFile* second = &*std::next(files.begin());
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(unit::Shown(files), ElementsAre("2 /volume1/photo/z", "5 /volume1/photo/a"));
+    EXPECT_EQ(&files.front(), second);
+}
+
+TEST_F(ShareFilter, ComparesCaseSensitively) {
+    platform.shares = {{"photo", "/volume1/Photo"}};
+    files = unit::Records({{"7", "/volume1/photo/a"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(files, IsEmpty());
+}
+
+TEST_F(ShareFilter, SetsNothingButPathAndFileName) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    files = unit::Records({{"7", "/volume1/photo/a"}});
+    files.front().setHost("box");
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    OpenedFile& file = files.front();
+    EXPECT_EQ(file.getPidStr() + " " + file.getHost(), "7 box");
+    EXPECT_EQ(file.getService() + file.getUser() + file.getTime(), "");
+    EXPECT_FALSE(file.isHidden() || file.isFolder());
+}
+
+TEST_F(ShareFilter, CallsThePlatformInOrder) {
+    platform.shares = {{"photo", "/volume1/photo"}, {"docs", "/volume1/docs"}};
+    files = unit::Records({{"7", "/volume1/docs/a"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(
+        journal.Calls(),
+        ElementsAre("KLIBCSzListAlloc(512)", "KLIBCSzListAlloc(512)",
+                    "VORNShareEnum(list 2, 0x7F0F)", "VORNShareGet(photo, null)",
+                    "KLIBCSzListPush(list 1, /volume1/photo)", "VORNShareGet(docs, the record)",
+                    "KLIBCSzListPush(list 1, /volume1/docs)", "KLIBCSzListFree(list 2)",
+                    "KLIBCSzListFree(list 1)"));
+}
+
+TEST_F(ShareFilter, AsksForTheSharesOfAnEmptyList) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(journal.CallsOf("VORNShareEnum"), ElementsAre("VORNShareEnum(list 2, 0x7F0F)"));
+    EXPECT_THAT(journal.CallsOf("VORNShareGet"), ElementsAre("VORNShareGet(photo, null)"));
+}
+
+TEST_F(ShareFilter, FailsForAnEmptyListWhenTheSharesCannotBeListed) {
+    platform.shareEnumResult = -1;
+    EXPECT_EQ(Run(ENUM_BY_SHARE), -1);
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to get share, vornerr=[0x%04X]", kSource, 72,
+                       ScriptedPlatform::kShareEnumError));
+    EXPECT_TRUE(Logged(LOG_ERR, kShareListLine, kSource, 139, ScriptedPlatform::kShareEnumError));
+}
+
+TEST_F(ShareFilter, ErasesEverythingWhereThereIsNoShare) {
+    files = unit::Records({{"7", "/volume1/a/b"}, {"8", "/volume2/a/b"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(files, IsEmpty());
+    EXPECT_TRUE(
+        Logged(LOG_INFO, "%s:%d [fh] In share path list get, not get any share.", kSource, 75));
+    EXPECT_THAT(journal.Calls(), ElementsAre("KLIBCSzListAlloc(512)", "KLIBCSzListAlloc(512)",
+                                             "VORNShareEnum(list 2, 0x7F0F)",
+                                             "KLIBCSzListFree(list 2)", "KLIBCSzListFree(list 1)"));
+}
+
+TEST_F(ShareFilter, BelievesTheResultZeroOverTheListedNames) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    platform.shareEnumResult = 0;
+    files = unit::Records({{"7", "/volume1/photo/a"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(files, IsEmpty());
+    EXPECT_THAT(journal.CallsOf("VORNShareGet"), IsEmpty());
+    EXPECT_TRUE(
+        Logged(LOG_INFO, "%s:%d [fh] In share path list get, not get any share.", kSource, 75));
+}
+
+TEST_F(ShareFilter, BelievesTheListedNamesOverAPositiveResult) {
+    for (int result : {1, 9}) {
+        platform.shares = {{"photo", "/volume1/photo"}, {"docs", "/volume1/docs"}};
+        platform.shareEnumResult = result;
+        files = unit::Records({{"7", "/volume1/docs/a"}});
+        EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+        EXPECT_EQ(files.size(), 1U);
+        EXPECT_EQ(journal.CallsOf("VORNShareGet").size(), 2U);
+    }
+}
+
+TEST_F(ShareFilter, LeavesAShareOutWhosePathCannotBePushed) {
+    platform.shares = {{"photo", "/volume1/photo"}, {"docs", "/volume1/docs"}};
+    platform.failingPushes = {1};
+    files = unit::Records({{"7", "/volume1/photo/a"}, {"8", "/volume1/docs/a"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(unit::Shown(files), ElementsAre("8 /volume1/docs/a"));
+}
+
+TEST_F(ShareFilter, FailsWithoutAListOfNames) {
+    platform.failingAllocs = {2};
+    files = unit::Records({{"7", "/volume1/photo/a"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), -1);
+    EXPECT_TRUE(ErrorSet(0x0100, kSource, 62));
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to allocate memory for list, vornerr=[0x%04X]",
+                       kSource, 63, 0x0100));
+    EXPECT_TRUE(Logged(LOG_ERR, kShareListLine, kSource, 139, 0x0100));
+    EXPECT_EQ(files.size(), 1U);
+    EXPECT_THAT(journal.CallsOf("VORNShareEnum"), IsEmpty());
+}
+
+TEST_F(ShareFilter, FailsWhenTheSharesCannotBeListed) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    platform.shareEnumResult = -5;
+    files = unit::Records({{"7", "/volume1/photo/a"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), -1);
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to get share, vornerr=[0x%04X]", kSource, 72,
+                       ScriptedPlatform::kShareEnumError));
+    EXPECT_TRUE(Logged(LOG_ERR, kShareListLine, kSource, 139, ScriptedPlatform::kShareEnumError));
+    EXPECT_EQ(files.size(), 1U);
+    EXPECT_THAT(journal.CallsOf("VORNShareGet"), IsEmpty());
+}
+
+TEST_F(ShareFilter, FailsWhenAShareCannotBeLookedUp) {
+    platform.shares = {{"photo", "/volume1/photo"}, {"docs", "/volume1/docs"}, {"x", "/volume1/x"}};
+    platform.failingShares = {"docs"};
+    files = unit::Records({{"7", "/volume1/photo/a"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), -1);
+    EXPECT_TRUE(
+        Logged(LOG_ERR, "%s:%d Failed to get share path of share [%s]", kSource, 82, "docs"));
+    EXPECT_TRUE(Logged(LOG_ERR, kShareListLine, kSource, 139, ScriptedPlatform::kShareGetError));
+    EXPECT_EQ(unit::Column(files, &OpenedFile::getPath), std::vector<std::string>{""});
+    EXPECT_THAT(journal.CallsOf("VORNShareGet"),
+                ElementsAre("VORNShareGet(photo, null)", "VORNShareGet(docs, the record)"));
+}
+
+TEST_F(ShareFilter, FailsForAKeptPathThatIsUnderNoVolume) {
+    platform.shares = {{"home", "/home"}, {"photo", "/volume1/photo"}};
+    files = unit::Records({{"1", "/elsewhere"},
+                           {"2", "/volume1/photo/a"},
+                           {"3", "/home/x"},
+                           {"4", "/elsewhere"},
+                           {"5", "/volume1/photo/b"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), -1);
+    EXPECT_TRUE(ErrorSet(0x0D00, kSource, 41));
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to extract share path, vornerr=[0x%04X]", kSource,
+                       162, 0x0D00));
+    EXPECT_THAT(Kept(), ElementsAre("/volume1/photo/a -> photo/a, a", "/home/x -> , ",
+                                    "/elsewhere -> , ", "/volume1/photo/b -> , "));
+}
+
+TEST_F(ShareFilter, FailsForAPathThatIsEmptyWithinTheVolume) {
+    platform.shares = {{"all", "/volume1"}};
+    files = unit::Records({{"2", "/volume1/a"}, {"7", "/volume1/"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), -1);
+    EXPECT_TRUE(Logged(LOG_ERR, kRefusal, "filehandle_opened_file", 50, "!path.empty()", 0));
+    EXPECT_TRUE(ErrorSet(0x0D00, "filehandle_opened_file", 50));
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to set path for opened file", kSource, 170));
+    EXPECT_THAT(Kept(), ElementsAre("/volume1/a -> a, a", "/volume1/ -> , "));
+}
+
+TEST_F(ShareFilter, FailsWhenTheFileNameIsRefused) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    files = unit::Records({{"1", "/volume1/photo/a"}, {"2", "/volume1/photo/b"}});
+    setters.Refuse("setFilename", 2);
+    EXPECT_EQ(Run(ENUM_BY_SHARE), -1);
+    EXPECT_TRUE(Logged(LOG_ERR, kRefusal, "filehandle_opened_file", 74, "!filename.empty()", 0));
+    EXPECT_TRUE(ErrorSet(0x0D00, "filehandle_opened_file", 74));
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to set filename for opened file", kSource, 174));
+    EXPECT_THAT(Kept(),
+                ElementsAre("/volume1/photo/a -> photo/a, a", "/volume1/photo/b -> photo/b, "));
+}
+
+TEST_F(ShareFilter, LetsTheRangeErrorOfABareVolumeNameOut) {
+    platform.shares = {{"odd", "/volume"}};
+    files = unit::Records({{"7", "/volume"}});
+    EXPECT_THROW(Run(ENUM_BY_SHARE), std::out_of_range);
+}
+
+TEST_F(ShareFilter, MatchesEveryPathWithAnEmptyPrefix) {
+    platform.shares = {{"photo", "/volume1/photo"}, {"all", ""}};
+    files = unit::Records({{"7", "/volume2/a/b"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(Kept(), ElementsAre("/volume2/a/b -> a/b, b"));
+}
+
+TEST_F(ShareFilter, DoesNotMatchAPathThatIsShorterThanThePrefix) {
+    platform.shares = {{"photo", "/volume1/photo/"}};
+    files = unit::Records({{"7", "/volume1/photo"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(files, IsEmpty());
+}
+
+TEST_F(ShareFilter, TakesTheLastElementAsFileName) {
+    platform.shares = {{"s", "/volume1/s"}};
+    const std::pair<const char*, const char*> cases[] = {
+        {"/volume1/s/a.jpg", "a.jpg"},
+        {"/volume1/s/.hidden", ".hidden"},
+        {"/volume1/s/a.jpg (deleted)", "a.jpg (deleted)"},
+        {"/volume1/s/\xff\x01\n", "\xff\x01\n"},
+        {"/volume1/s/dir/", "."},
+        {"/volume1/s/..", ".."},
+    };
+    for (const auto& [path, name] : cases) {
+        files = unit::Records({{"7", path}});
+        EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+        EXPECT_EQ(files.front().getFilename(), name) << path;
+    }
+}
+
+TEST_F(VolumeFilter, KeepsThePathWhole) {
+    platform.volumes = {"/volume1", "/volume2"};
+    files = unit::Records({{"7", "/volume1/photo/a.jpg"},
+                           {"8", "/volume3/a"},
+                           {"9", "/volume2/b"},
+                           {"10", "/volume10/x"}});
+    EXPECT_EQ(Run(ENUM_BY_VOLUME), 0);
+    EXPECT_THAT(Kept(),
+                ElementsAre("/volume1/photo/a.jpg -> /volume1/photo/a.jpg, a.jpg",
+                            "/volume2/b -> /volume2/b, b", "/volume10/x -> /volume10/x, x"));
+}
+
+TEST_F(VolumeFilter, HandsTheEndOfTheChainBackAndNothingElse) {
+    platform.volumes = {"/volume1", "/volume2"};
+    files = unit::Records({{"7", "/volume1/a"}});
+    EXPECT_EQ(Run(ENUM_BY_VOLUME), 0);
+    EXPECT_THAT(
+        journal.Calls(),
+        ElementsAre("KLIBCSzListAlloc(512)", "VORNMountVolAllEnum(0, 3, 2)",
+                    "KLIBCSzListPush(list 1, /volume1)", "KLIBCSzListPush(list 1, /volume2)",
+                    "VORNMountVolInfoFree(null)", "KLIBCSzListFree(list 1)"));
+}
+
+TEST_F(VolumeFilter, ReadsAMountPathThatFillsItsRecord) {
+    const std::string longest = "/volume" + std::string(59 - 7, '1');
+    platform.volumes = {longest};
+    files = unit::Records({{"7", longest + "/a"}, {"8", "/volume1/a"}});
+    EXPECT_EQ(Run(ENUM_BY_VOLUME), 0);
+    EXPECT_THAT(unit::Shown(files), ElementsAre("7 " + longest + "/a"));
+}
+
+TEST_F(VolumeFilter, AsksForTheVolumesOfAnEmptyList) {
+    platform.volumes = {"/volume1"};
+    EXPECT_EQ(Run(ENUM_BY_VOLUME), 0);
+    EXPECT_EQ(journal.CallsOf("VORNMountVolAllEnum").size(), 1U);
+}
+
+TEST_F(VolumeFilter, NeedsNoVolumeInThePath) {
+    platform.volumes = {"/home"};
+    files = unit::Records({{"7", "/home/x"}});
+    EXPECT_EQ(Run(ENUM_BY_VOLUME), 0);
+    EXPECT_THAT(Kept(), ElementsAre("/home/x -> /home/x, x"));
+}
+
+TEST_F(VolumeFilter, FailsWithoutVolumes) {
+    files = unit::Records({{"7", "/volume1/a"}});
+    EXPECT_EQ(Run(ENUM_BY_VOLUME), -1);
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to enum all mounted volume, vornerr=[0x%04X]",
+                       kSource, 98, ScriptedPlatform::kVolumeError));
+    EXPECT_TRUE(Logged(LOG_ERR, kVolumeListLine, kSource, 144, ScriptedPlatform::kVolumeError));
+    EXPECT_EQ(files.size(), 1U);
+}
+
+TEST_F(VolumeFilter, FailsWhenAVolumeCannotBePushedAndHandsTheRestBack) {
+    platform.volumes = {"/volume1", "/volume2", "/volume3"};
+    platform.failingPushes = {2};
+    files = unit::Records({{"7", "/volume1/a"}});
+    EXPECT_EQ(Run(ENUM_BY_VOLUME), -1);
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to push to list, vornerr=[0x%04X]", kSource, 110,
+                       ScriptedPlatform::kPushError));
+    EXPECT_TRUE(Logged(LOG_ERR, kVolumeListLine, kSource, 144, ScriptedPlatform::kPushError));
+    EXPECT_THAT(journal.CallsOf({"KLIBCSzListPush", "VORNMountVolInfoFree"}),
+                ElementsAre("KLIBCSzListPush(list 1, /volume1)",
+                            "KLIBCSzListPush(list 1, /volume2)", "VORNMountVolInfoFree(/volume2)"));
+    EXPECT_EQ(files.size(), 1U);
+}
+
+TEST_F(Filter, RefusesOtherOptions) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    platform.volumes = {"/volume1"};
+    for (int enumby : {2, -1, 100}) {
+        for (bool empty : {true, false}) {
+            files = unit::Records({{"7", "/volume1/photo/a"}});
+            if (empty) {
+                files.clear();
+            }
+            EXPECT_EQ(Run(enumby), -1);
+            EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to filter path. wrong [enumby] option",
+                               kSource, 148));
+            EXPECT_EQ(files.size(), empty ? 0U : 1U);
+            EXPECT_THAT(journal.Calls(), ElementsAre("KLIBCSzListAlloc(512)",
+                                                     ::testing::StartsWith("KLIBCSzListFree(")));
+        }
+    }
+}
+
+TEST_F(Filter, FailsWithoutAPrefixListBeforeItLooksAtTheOption) {
+    int failures = 0;
+    for (int enumby : {ENUM_BY_SHARE + 0, ENUM_BY_VOLUME + 0, 2}) {
+        platform.failingAllocs = {++failures};
+        files = unit::Records({{"7", "/volume1/a"}});
+        EXPECT_EQ(Run(enumby), -1);
+        EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to allocate list, vornerr=[0x%04X]", kSource, 129,
+                           ScriptedPlatform::kAllocError));
+        EXPECT_EQ(files.size(), 1U);
+        EXPECT_THAT(journal.CallsOf("KLIBCSzListAlloc"), ElementsAre("KLIBCSzListAlloc(512)"));
+    }
+}
+
+TEST_F(VolumeFilter, AgreesWithThePlainPrefixTestOnRandomPaths) {
+    std::mt19937 random(1);
+    const auto text = [&random](size_t longest) {
+        std::string made;
+        for (size_t length = random() % (longest + 1); made.size() < length;) {
+            made += "/ab\xff"[random() % 4];
+        }
+        return made;
+    };
+    for (int round = 0; round < 500; ++round) {
+        platform.volumes.clear();
+        for (size_t count = 1 + random() % 6; platform.volumes.size() < count;) {
+            platform.volumes.push_back("/" + text(4));
+        }
+        files.clear();
+        std::vector<std::string> expected;
+        for (int i = 0; i < 20; ++i) {
+            const std::string path = "/" + text(6) + "a";
+            files.splice(files.end(), unit::Records({{"7", path}}));
+            if (std::any_of(platform.volumes.begin(), platform.volumes.end(),
+                            [&path](const std::string& prefix) {
+                                return path.compare(0, prefix.size(), prefix) == 0;
+                            })) {
+                expected.push_back(path);
+            }
+        }
+        ASSERT_EQ(Run(ENUM_BY_VOLUME), 0);
+        ASSERT_EQ(unit::Column(files, &OpenedFile::getPath), expected)
+            << ::testing::PrintToString(platform.volumes);
+    }
+}
