@@ -3,14 +3,13 @@
  * OUTSIDE percent are sockets, pipes and files outside the volumes. Prints "ready" when all of
  * them are open and holds them until its standard input ends.
  *
- *     populate PROCESSES DESCRIPTORS OUTSIDE FOLDER [GROUPS]
+ *     populate PROCESSES DESCRIPTORS OUTSIDE FOLDER [GROUP...]
  *
- * The files are made below FOLDER, one folder a process. GROUPS is a control-group folder whose
- * children the processes enter in turn.
+ * The files are made below FOLDER, one folder a process. The processes enter the
+ * control groups in turn.
  */
 
 #define _GNU_SOURCE
-#include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
@@ -68,29 +67,15 @@ static void Enter(const char* group) {
     }
 }
 
-static int ListGroups(const char* folder, char groups[][4096], int size) {
-    DIR* directory = opendir(folder);
-    int count = 0;
-    for (struct dirent* entry; directory != NULL && (entry = readdir(directory)) != NULL;) {
-        if (entry->d_type == DT_DIR && entry->d_name[0] != '.' && count < size) {
-            snprintf(groups[count++], 4096, "%s/%s", folder, entry->d_name);
-        }
-    }
-    if (directory != NULL) {
-        closedir(directory);
-    }
-    return count;
-}
-
 int main(int argc, char** argv) {
-    static char groups[16][4096];
     if (argc < 5) {
-        fprintf(stderr, "usage: populate PROCESSES DESCRIPTORS OUTSIDE FOLDER [GROUPS]\n");
+        fprintf(stderr, "usage: populate PROCESSES DESCRIPTORS OUTSIDE FOLDER [GROUP...]\n");
         return 2;
     }
     const int processes = atoi(argv[1]);
     const int descriptors = atoi(argv[2]);
-    const int groupCount = argc > 5 ? ListGroups(argv[5], groups, 16) : 0;
+    char** groups = argv + 5;
+    const int groupCount = argc - 5;
     struct rlimit limit = {(rlim_t)descriptors + 64, (rlim_t)descriptors + 64};
     Check(setrlimit(RLIMIT_NOFILE, &limit), "RLIMIT_NOFILE (see fs.nr_open)");
 

@@ -1,0 +1,190 @@
+"""Measures each goal of speed and size, a row each. Run by goals.sh in the sample host."""
+
+import argparse
+import contextlib
+import os
+import statistics
+import subprocess
+import sys
+
+import process_table
+import timing
+
+ROWS = ["| what | goal | measured | met |", "|---|---|---|---|"]
+
+
+class Bench:
+    def __init__(self, options):
+        self.binaries = options.binaries
+        self.project = options.project
+        self.rounds = options.rounds
+
+    def bare_walk(self, *arguments):
+        return timing.Contender("bare walk", [f"{self.binaries}/bare_walk", *arguments], True)
+
+    def library(self, *arguments):
+        return timing.Contender("library call", [f"{self.binaries}/library_call", *arguments], True)
+
+    def command(self):
+        return timing.Contender("command", [
+            f"{self.binaries}/vorn-openfiles", "--by", "volume", "--format", "jsonl"])
+
+    def populated(self, processes, descriptors, named=True):
+        process_table.install_units(self.project, named)
+        return process_table.populated(self.binaries, processes, descriptors, named=named)
+
+    def printed(self, *arguments):
+        return subprocess.run([f"{self.binaries}/library_call", *arguments], check=True,
+                              stdout=subprocess.PIPE, text=True).stdout.strip()
+
+    def ratio(self, contender, base):
+        timing.interleave([base, contender], self.rounds)
+        return statistics.median(timing.ratios(contender, base))
+
+
+def row(what, goal, measured, met):
+    line = f"| {what} | {goal} | {measured} | {'yes' if met else 'no'} |"
+    print(line, flush=True)
+    ROWS.append(line)
+
+
+def at_most(what, limit, measured):
+    row(what, f"at most {limit}", f"{measured:.2f}", measured <= limit)
+
+
+def faster(what, limit, measured):
+    row(what, f"at least {limit} x faster", f"{measured:.1f} x", measured >= limit)
+
+
+def call_against_walk(bench):
+    with bench.populated(200, 250), process_table.clients(20):
+        at_most("library call, 200 x 250 descriptors, in bare walks", 1.25,
+                bench.ratio(bench.library(), bench.bare_walk()))
+    with bench.populated(50, 20000), process_table.clients(20):
+        library = bench.library()
+        at_most("library call, 50 x 20,000 descriptors, in bare walks", 1.5,
+                bench.ratio(library, bench.bare_walk()))
+        million = library.median() / 1e6
+        row("memory", "at most 400 bytes a record beside its texts",
+            bench.printed("memory"), float(bench.printed("memory").split()[0]) <= 400)
+        row("peak memory at 1,000,000 descriptors", "reported", peaks(bench), True)
+    with bench.populated(40, 250), process_table.clients(20):
+        library = bench.library()
+        timing.interleave([library], bench.rounds)
+        at_most("time a descriptor at 1,000,000 descriptors, in that at 10,000", 1.4,
+                million / (library.median() / 1e4))
+
+
+def peaks(bench):
+    command = bench.command()
+    lsof = timing.Contender("lsof", ["/usr/bin/lsof", "-nPw"])
+    timing.interleave([command, lsof], 1)
+    return (f"command {command.peak_kib / 1024:.0f} MiB, "
+            f"lsof {lsof.peak_kib / 1024:.0f} MiB")
+
+
+def no_service(bench):
+    with bench.populated(200, 250, named=False), process_table.clients(20):
+        at_most("library call, no service resolvable, 50,000 records, in bare walks with the same "
+                "look-ups", 1.3, bench.ratio(bench.library(), bench.bare_walk("--services")))
+
+
+def against_peers(bench):
+    for processes, descriptors, goal in ((200, 250, 3.5), (50, 10000, 5)):
+        forms = [timing.Contender("lsof", ["/usr/bin/lsof", "-nPw"]),
+                 timing.Contender("lsof", ["/usr/bin/lsof", "-nPw", "-F", "pfn"]),
+                 timing.Contender("lsof", ["/usr/bin/lsof", "-nPw", "/volume1", "/volume2"]),
+                 timing.Contender("lsfd", ["/usr/bin/lsfd"]),
+                 timing.Contender("lsfd", ["/usr/bin/lsfd", "-Q", 'NAME =~ "^/volume"']),
+                 timing.Contender("fuser -m", ["/usr/bin/fuser", "-m", "/volume1", "/volume2"])]
+        command = bench.command()
+        with bench.populated(processes, descriptors):
+            timing.interleave([command] + forms, bench.rounds)
+        for peer in ("lsof", "lsfd"):
+            best = min((form for form in forms if form.name == peer), key=timing.Contender.median)
+            faster(f"command against the fastest form of {peer} ({' '.join(best.argv[1:])}), "
+                   f"{processes * descriptors:,} descriptors", goal,
+                   best.median() / command.median())
+        faster(f"command against fuser -m, {processes * descriptors:,} descriptors", 1,
+               forms[-1].median() / command.median())
+
+
+def idle_host(bench):
+    with bench.populated(150, 4):
+        lsof = timing.Contender("lsof", ["/usr/bin/lsof", "-nPw"])
+        command = bench.command()
+        timing.interleave([lsof, command], bench.rounds * 3)
+        faster("command against lsof -nPw, idle host (150 processes x 4)", 3,
+               lsof.median() / command.median())
+
+
+@contextlib.contextmanager
+def shares(count):
+    folders = [f"/volume2/share{i}" for i in range(count)]
+    for folder in folders:
+        os.mkdir(folder)
+    with open("/etc/exports", "w", encoding="utf-8") as file:
+        file.writelines(f"{folder} *(ro)\n" for folder in ["/volume1/photo", *folders])
+    yield
+    os.remove("/etc/exports")
+    for folder in folders:
+        os.rmdir(folder)
+
+
+def many_texts(bench):
+    """The same call with more shares or more hidden directories, against itself with one."""
+    hidden = "/etc/vorn/hidden-directories"
+    os.makedirs(os.path.dirname(hidden), exist_ok=True)
+    with bench.populated(200, 250):
+        one, many = [], []
+        for _ in range(bench.rounds):
+            for count, seconds in ((0, one), (9999, many)):
+                with shares(count):
+                    library = bench.library("again")
+                    library.run()
+                    seconds += library.seconds
+        at_most("whole call with 10,000 shares, in calls with 1", 1.05,
+                statistics.median(many) / statistics.median(one))
+        one, many = [], []
+        for _ in range(bench.rounds):
+            for count, seconds in ((1, one), (1000, many)):
+                with open(hidden, "w", encoding="utf-8") as file:
+                    file.writelines(f"/.hidden{i}\n" for i in range(count))
+                library = bench.library("volume")
+                library.run()
+                seconds += library.seconds
+        os.remove(hidden)
+        at_most("whole call with 1,000 hidden directories, in calls with 1", 1.1,
+                statistics.median(many) / statistics.median(one))
+
+
+def soak(bench):
+    with bench.populated(10, 20):
+        lines = bench.printed("soak", "10000").splitlines()
+    sizes = [int(line.split()[3]) for line in lines]
+    counts = [line.split()[5] for line in lines]
+    row("10,000 enumerations in one process", "resident size and descriptors flat",
+        "; ".join(lines), sizes[1] - sizes[0] <= 256 and counts[0] == counts[1])
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--binaries", required=True)
+    parser.add_argument("--project", required=True)
+    parser.add_argument("--rounds", type=int, default=9)
+    parser.add_argument("--output", required=True)
+    parser.add_argument("--only", action="append")
+    options = parser.parse_args()
+    bench = Bench(options)
+    for goal in (call_against_walk, no_service, against_peers, idle_host, many_texts, soak):
+        if options.only is None or goal.__name__ in options.only:
+            goal(bench)
+    if options.only is None:
+        with open(options.output, "w", encoding="utf-8") as file:
+            file.write(f"{timing.machine()}; {options.rounds} rounds.\n\n")
+            file.write("\n".join(ROWS) + "\n")
+    return 0 if all(not line.endswith("| no |") for line in ROWS) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,90 @@
+"""Times programs side by side: interleaved rounds, medians, ratios to the first, peak memory."""
+
+import os
+import statistics
+import subprocess
+import time
+
+DEVNULL = os.open(os.devnull, os.O_RDWR)
+
+
+class Contender:
+    """A program to time. Where it prints its own seconds first, those count."""
+
+    def __init__(self, name, argv, prints_seconds=False, env=None):
+        self.name = name
+        self.argv = argv
+        self.prints_seconds = prints_seconds
+        self.env = env
+        self.seconds = []
+        self.peak_kib = 0
+        self.printed = ""
+
+    def run(self):
+        reader, writer = os.pipe() if self.prints_seconds else (None, None)
+        begin = time.perf_counter()
+        pid = os.posix_spawn(
+            self.argv[0], self.argv, self.env if self.env is not None else os.environ,
+            file_actions=[
+                (os.POSIX_SPAWN_DUP2, DEVNULL, 0),
+                (os.POSIX_SPAWN_DUP2, writer if writer is not None else DEVNULL, 1),
+                (os.POSIX_SPAWN_DUP2, DEVNULL, 2),
+            ])
+        _, status, usage = os.wait4(pid, 0)
+        elapsed = time.perf_counter() - begin
+        if self.prints_seconds:
+            os.close(writer)
+            self.printed = os.read(reader, 4096).decode()
+            os.close(reader)
+            elapsed = float(self.printed.split()[0])
+        # lsof and fuser give 1 for what they could not look at; only a crash is worth stopping for.
+        if os.WIFSIGNALED(status) or os.waitstatus_to_exitcode(status) > 1:
+            raise SystemExit(f"{self.name}: ended with status {status}")
+        self.seconds.append(elapsed)
+        self.peak_kib = max(self.peak_kib, usage.ru_maxrss)
+
+    def median(self):
+        return statistics.median(self.seconds)
+
+
+def interleave(contenders, rounds):
+    """One unmeasured round to warm up, then so many measured ones."""
+    for round_number in range(rounds + 1):
+        for contender in contenders:
+            contender.run()
+            if round_number == 0:
+                contender.seconds.clear()
+
+
+def ratios(contender, base):
+    """Ratio of each round, so that what slows both down at once cancels out."""
+    return sorted(a / b for a, b in zip(contender.seconds, base.seconds))
+
+
+def table(contenders, base, descriptors):
+    lines = ["| what | median | ratio to the bare walk (least to most) | per descriptor | peak memory |",
+             "|---|---|---|---|---|"]
+    for contender in contenders:
+        spread = ratios(contender, base)
+        lines.append(
+            f"| {contender.name} | {contender.median() * 1000:.1f} ms "
+            f"| {statistics.median(spread):.2f} ({spread[0]:.2f} to {spread[-1]:.2f}) "
+            f"| {contender.median() / descriptors * 1e6:.2f} us "
+            f"| {contender.peak_kib / 1024:.1f} MiB |")
+    return "\n".join(lines) + "\n"
+
+
+def machine():
+    """Kernel, processors and what versions the peers say of themselves."""
+    def first_line(*argv):
+        try:
+            result = subprocess.run(argv, capture_output=True, text=True, check=False)
+        except FileNotFoundError:
+            return ""
+        lines = [line.strip() for line in (result.stdout + result.stderr).splitlines()]
+        return next((line for line in lines if any(c.isdigit() for c in line)), "")
+
+    return (f"Linux {os.uname().release.split('-')[0]}, {os.cpu_count()} CPUs; "
+            f"lsof {first_line('/usr/bin/lsof', '-v').split(':')[-1].strip()}; "
+            f"{first_line('/usr/bin/lsfd', '--version')}; "
+            f"{first_line('/usr/bin/fuser', '-V')}")
