@@ -60,8 +60,11 @@ bool PathBeginWithVolume(const std::string& path) {
     if (path.compare(0, kLength, kVolume) != 0) {
         return false;
     }
-    // Throws for the bare "/volume", as callers are told to expect.
-    return path.substr(kLength + 1).find('/') != std::string::npos;
+    if (path.size() == kLength) {
+        // Beyond the end: throws for the bare "/volume", as callers are told to expect.
+        return !path.substr(kLength + 1).empty();
+    }
+    return path.find('/', kLength + 1) != std::string::npos;
 }
 
 void VORNSortOpenedFile(std::list<OpenedFile>& list, std::string column, bool ascending) {

@@ -21,11 +21,8 @@ int ExtractSharePath(const std::string& fullPath, std::string& path) {
         KLIBCErrSetEx(KLIBC_ERR_BAD_PARAM, kSource, 41);
         return -1;
     }
-    path = fullPath.substr(1);
-    const size_t volumeEnd = path.find('/');
-    if (volumeEnd != std::string::npos) {
-        path.erase(0, volumeEnd + 1);
-    }
+    const size_t volumeEnd = fullPath.find('/', 1);
+    path.assign(fullPath, volumeEnd == std::string::npos ? 1 : volumeEnd + 1);
     return 0;
 }
 
@@ -117,7 +114,7 @@ int CompleteRecord(OpenedFile& file, int enumby, std::string& path) {
         syslog(LOG_ERR, "%s:%d Failed to set path for opened file", kSource, 170);
         return -1;
     }
-    if (file.setFilename(boost::filesystem::path(fullPath).filename().string()) < 0) {
+    if (file.setFilename(boost::filesystem::path(fullPath).filename().native()) < 0) {
         syslog(LOG_ERR, "%s:%d Failed to set filename for opened file", kSource, 174);
         return -1;
     }

@@ -15,36 +15,47 @@ namespace {
 constexpr char kSource[] = "filehandle_get_proc_opened_file";
 constexpr size_t kPathSize = 4096;
 
-/** Reads descriptor links, always into the same buffers. */
+/** Reads the descriptor links of one process after the other, always into the same buffers. */
 class LinkReader {
 public:
+    /** Goes on to a process and returns its descriptor directory. */
+    const char* Enter(const std::string& pid) {
+        snprintf(directory_, sizeof(directory_), "/proc/%s/fd/", pid.c_str());
+        nameAt_ = strlen(directory_);
+        memcpy(link_, directory_, nameAt_);
+        return directory_;
+    }
     /** False when there is nothing to read, as for a descriptor that was closed meanwhile. */
-    bool Read(const char* directory, const char* descriptor) {
-        snprintf(link_, sizeof(link_), "%s%s", directory, descriptor);
+    bool Read(const char* descriptor) {
+        const size_t length = strnlen(descriptor, sizeof(link_) - 1 - nameAt_);
+        memcpy(link_ + nameAt_, descriptor, length);
+        link_[nameAt_ + length] = '\0';
         memset(target_, 0, sizeof(target_));
-        const ssize_t length = readlink(link_, target_, sizeof(target_) - 1);
-        if (length <= 0) {
+        const ssize_t targetLength = readlink(link_, target_, sizeof(target_) - 1);
+        if (targetLength <= 0) {
             return false;
         }
-        target_[length] = '\0';
+        target_[targetLength] = '\0';
         path_ = target_;
         return true;
     }
     const std::string& Target() const { return path_; }
 
 private:
+    char directory_[kPathSize];
+    size_t nameAt_ = 0;
     char link_[kPathSize];
     char target_[kPathSize];
     std::string path_;
 };
 
 /** Appends a record for each descriptor of one process that points into a volume. */
-int AppendDescriptors(const StringList& descriptors, const char* directory, const std::string& pid,
-                      LinkReader& link, OpenedFile& file, std::list<OpenedFile>& list) {
+int AppendDescriptors(const StringList& descriptors, const std::string& pid, LinkReader& link,
+                      OpenedFile& file, std::list<OpenedFile>& list) {
     for (int i = 0; i < descriptors.Count(); ++i) {
         // Descriptor 0 is passed over: the test takes numbers other than 0 only.
         const char* descriptor = descriptors.Get(i);
-        if (!IsNumericalDir(descriptor) || !link.Read(directory, descriptor) ||
+        if (!IsNumericalDir(descriptor) || !link.Read(descriptor) ||
             !PathBeginWithVolume(link.Target())) {
             continue;
         }
@@ -64,7 +75,6 @@ int AppendDescriptors(const StringList& descriptors, const char* directory, cons
 /** Walks the processes, reusing the descriptor list. */
 int ScanProcesses(const StringList& processes, StringList& descriptors,
                   std::list<OpenedFile>& list) {
-    char directory[kPathSize];
     LinkReader link;
     OpenedFile file;
     for (int i = 0; i < processes.Count(); ++i) {
@@ -72,14 +82,14 @@ int ScanProcesses(const StringList& processes, StringList& descriptors,
         if (!IsNumericalDir(pid)) {
             continue;
         }
-        snprintf(directory, sizeof(directory), "/proc/%s/fd/", pid.c_str());
+        const char* directory = link.Enter(pid);
         if (KLIBCFileEnumDir(directory, nullptr, descriptors.Handle(), 0) < 0) {
             // Processes end all the time: worth a line for debugging, never a failure.
             syslog(LOG_DEBUG, "%s:%d Fail to enum %s, vornerr=[0x%04X]", kSource, 64, directory,
                    KLIBCErrGet());
             continue;
         }
-        if (AppendDescriptors(descriptors, directory, pid, link, file, list) < 0) {
+        if (AppendDescriptors(descriptors, pid, link, file, list) < 0) {
             return -1;
         }
         descriptors.RemoveAll();
