@@ -11,8 +11,8 @@ set -euo pipefail
 project=$(realpath "$(dirname "$0")/..")
 cd "$project"
 scripts/install-deps.sh bench
-cmake --preset bench >/dev/null
-cmake --build --preset bench
+cmake --preset release >/dev/null
+cmake --build --preset release
 
 if (($# == 0)); then
     set -- 40 250 200 250 200 1000 50 10000 50 20000
@@ -21,7 +21,7 @@ mkdir -p docs/performance
 while (($# > 0)); do
     printf '\n%s descriptors\n' $(($1 * $2))
     scripts/sample-host.sh /usr/bin/python3 bench/compare.py \
-        --project "$project" --binaries "$project/build/bench/bin" \
+        --project "$project" --binaries "$project/build/release/bin" \
         --processes "$1" --descriptors "$2" \
         --output "$(printf 'docs/performance/descriptors-%07d' $(($1 * $2)))"
     shift 2

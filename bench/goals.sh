@@ -10,9 +10,9 @@ set -euo pipefail
 project=$(realpath "$(dirname "$0")/..")
 cd "$project"
 scripts/install-deps.sh bench
-cmake --preset bench >/dev/null
-cmake --build --preset bench
+cmake --preset release >/dev/null
+cmake --build --preset release
 mkdir -p docs/performance
 scripts/sample-host.sh /usr/bin/python3 bench/goals.py \
-    --project "$project" --binaries "$project/build/bench/bin" \
+    --project "$project" --binaries "$project/build/release/bin" \
     --output docs/performance/goals.md "$@"
