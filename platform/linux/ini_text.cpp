@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-namespace vorn::host {
+namespace vornplatform {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string_view TrimLeft(std::string_view text) {
@@ -126,4 +126,4 @@ std::string_view CutUtf8(std::string_view text, std::size_t limit) {
     return text.substr(0, continues(end) ? limit : end);
 }
 
-}  // namespace vorn::host
+}  // namespace vornplatform

@@ -15,7 +15,7 @@
 #include <string>
 #include <string_view>
 
-namespace vorn::host {
+namespace vornplatform {
 
 /**
  * The last non-empty value that a key is given in a section, or nothing.
@@ -32,6 +32,6 @@ std::optional<std::string> SectionValue(std::string_view text, std::string_view 
 /** The longest part of a UTF-8 text within a number of bytes that ends with a whole character. */
 std::string_view CutUtf8(std::string_view text, std::size_t limit);
 
-}  // namespace vorn::host
+}  // namespace vornplatform
 
 #endif

@@ -23,7 +23,7 @@ bool IsPlainName(std::string_view name) {
 
 std::vector<std::string> FoldersOfProcess() {
     const char* locale = std::setlocale(LC_MESSAGES, nullptr);
-    auto folders = vorn::host::LanguageFolders(locale != nullptr ? locale : "C", secure_getenv);
+    auto folders = vornplatform::LanguageFolders(locale != nullptr ? locale : "C", secure_getenv);
     folders.emplace_back("en");
     return folders;
 }
@@ -32,13 +32,13 @@ class Bundle {
 public:
     explicit Bundle(const std::string& name) {
         for (const std::string& folder : FoldersOfProcess()) {
-            const std::string path = vorn::host::TextsFolder() + '/' + folder + '/' + name;
+            const std::string path = vornplatform::TextsFolder() + '/' + folder + '/' + name;
             std::string text;
-            if (vorn::host::ReadTextFile(path.c_str(), text) == 0) {
+            if (vornplatform::ReadTextFile(path.c_str(), text) == 0) {
                 sources_.push_back(std::move(text));
             }
         }
-        sources_.emplace_back(vorn::host::CompiledTexts(name));
+        sources_.emplace_back(vornplatform::CompiledTexts(name));
     }
 
     // The text of a key in the best language that has one, or null.
@@ -48,7 +48,7 @@ public:
             return known->second.c_str();
         }
         for (const std::string& source : sources_) {
-            if (auto text = vorn::host::SectionValue(source, kSection, key)) {
+            if (auto text = vornplatform::SectionValue(source, kSection, key)) {
                 return texts_.emplace(key, std::move(*text)).first->second.c_str();
             }
         }

@@ -7,7 +7,7 @@
 
 #include "vorn/platform/error.h"
 
-namespace vorn::host {
+namespace vornplatform {
 namespace {
 
 class Descriptor {
@@ -69,4 +69,4 @@ int ReadTextFile(const char* path, std::string& text) {
     return text.find('\0') == std::string::npos ? 0 : KLIBC_ERR_BAD_PARAM;
 }
 
-}  // namespace vorn::host
+}  // namespace vornplatform

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <string>
 
-namespace vorn::host {
+namespace vornplatform {
 
 /** Larger files are refused: a unit file has a few KB, a text bundle less. */
 constexpr std::size_t kTextFileLimit = std::size_t{1} << 20;
@@ -23,6 +23,6 @@ constexpr std::size_t kTextFileLimit = std::size_t{1} << 20;
  */
 int ReadTextFile(const char* path, std::string& text);
 
-}  // namespace vorn::host
+}  // namespace vornplatform
 
 #endif

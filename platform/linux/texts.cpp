@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace vorn::host {
+namespace vornplatform {
 namespace {
 
 constexpr std::string_view kNameCharacters =
@@ -70,4 +70,4 @@ void UseTextsFolder(std::string folder) {
     Folder() = std::move(folder);
 }
 
-}  // namespace vorn::host
+}  // namespace vornplatform

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vorn::host {
+namespace vornplatform {
 
 /** Looks up an environment variable: null when it isn't set, as secure_getenv does. */
 using EnvironmentLookup = std::function<const char*(const char*)>;
@@ -39,6 +39,6 @@ void UseTextsFolder(std::string folder);
 /** A bundle's English text as it was built in, empty when there is no such bundle. */
 std::string_view CompiledTexts(std::string_view bundle);
 
-}  // namespace vorn::host
+}  // namespace vornplatform
 
 #endif

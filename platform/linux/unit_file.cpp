@@ -16,14 +16,14 @@ bool IsGiven(const char* text) {
 int CopyValue(const char* path, const char* section, const char* key, char* buffer,
               std::size_t size) {
     std::string text;
-    if (const int error = vorn::host::ReadTextFile(path, text)) {
+    if (const int error = vornplatform::ReadTextFile(path, text)) {
         return error;
     }
-    const auto value = vorn::host::SectionValue(text, section, key);
+    const auto value = vornplatform::SectionValue(text, section, key);
     if (!value) {
         return KLIBC_ERR_NOT_FOUND;
     }
-    const std::string_view part = vorn::host::CutUtf8(*value, size - 1);
+    const std::string_view part = vornplatform::CutUtf8(*value, size - 1);
     buffer[part.copy(buffer, size - 1)] = '\0';
     return 0;
 }

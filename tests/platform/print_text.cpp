@@ -8,7 +8,7 @@ int main(int argc, char** argv) {
     if (argc != 2) {
         return 2;
     }
-    vorn::host::UseTextsFolder(argv[1]);
+    vornplatform::UseTextsFolder(argv[1]);
     StringBundle texts("service", nullptr, nullptr, nullptr, nullptr, nullptr);
     std::fputs(texts.Text("internal_service", ""), stdout);
     return 0;

@@ -22,7 +22,7 @@ using Folders = std::vector<std::string>;
 using Variables = std::map<std::string, std::string>;
 
 Folders Choose(const char* locale, const Variables& variables = {}) {
-    return vorn::host::LanguageFolders(locale, [&](const char* name) -> const char* {
+    return vornplatform::LanguageFolders(locale, [&](const char* name) -> const char* {
         const auto found = variables.find(name);
         return found != variables.end() ? found->second.c_str() : nullptr;
     });
@@ -102,18 +102,18 @@ TEST(LanguageFolders, NeverLeaveTheDataFolder) {
 // Texts in a folder of the test's own, in an environment that names no language.
 class StringBundles : public testing::Test {
 protected:
-    StringBundles() : installed_(vorn::host::TextsFolder()) {
+    StringBundles() : installed_(vornplatform::TextsFolder()) {
         for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
             unsetenv(name);
         }
-        vorn::host::UseTextsFolder(folder_.Path("texts"));
+        vornplatform::UseTextsFolder(folder_.Path("texts"));
         KLIBCErrSetEx(0, "string_bundle_test", __LINE__);
     }
     ~StringBundles() override {
         EXPECT_EQ(KLIBCErrGet(), 0);
         std::setlocale(LC_MESSAGES, "C");
         unsetenv("LANGUAGE");
-        vorn::host::UseTextsFolder(installed_);
+        vornplatform::UseTextsFolder(installed_);
     }
 
     void Install(const std::string& language, const std::string& bundle, const std::string& texts) {
@@ -173,7 +173,7 @@ TEST_F(StringBundles, FallBackKeyByKey) {
 }
 
 TEST_F(StringBundles, AnswerWithTheFallbackForAnUnknownKey) {
-    Install("en", "service", "empty=\n[Other]\nother=x\n");
+    Install("en", "service", "empty=\n=nameless\n[Other]\nother=x\n");
     for (const char* key : {"unknown", "", "empty", "other", "SSH", "[Texts]"}) {
         EXPECT_EQ(Text(key), "(none)") << key;
     }

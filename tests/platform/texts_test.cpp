@@ -151,8 +151,8 @@ TEST(Texts, CallSshAlike) {
 }
 
 TEST(Texts, AreFoundInEveryLanguage) {
-    const std::string installed = vorn::host::TextsFolder();
-    vorn::host::UseTextsFolder(kData / "texts");
+    const std::string installed = vornplatform::TextsFolder();
+    vornplatform::UseTextsFolder(kData / "texts");
     ASSERT_STREQ(std::setlocale(LC_MESSAGES, nullptr), "C");
     for (const std::string& language : kLanguages) {
         setenv("LANGUAGE", language.c_str(), 1);
@@ -162,12 +162,12 @@ TEST(Texts, AreFoundInEveryLanguage) {
         }
     }
     unsetenv("LANGUAGE");
-    vorn::host::UseTextsFolder(installed);
+    vornplatform::UseTextsFolder(installed);
 }
 
 TEST(Texts, AreCompiledInAsTheEnglishBundle) {
-    EXPECT_EQ(vorn::host::CompiledTexts("service"), Content(kData / "texts/en/service"));
-    EXPECT_EQ(vorn::host::CompiledTexts("other"), "");
+    EXPECT_EQ(vornplatform::CompiledTexts("service"), Content(kData / "texts/en/service"));
+    EXPECT_EQ(vornplatform::CompiledTexts("other"), "");
 }
 
 std::string Value(const fs::path& unit, const char* section, const char* key) {

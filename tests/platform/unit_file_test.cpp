@@ -72,9 +72,10 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"[x-vornalis]\nName=a\n", nullptr}, Case{"[X-Vornalis2]\nName=a\n", nullptr},
         Case{"[X-Vornali]\nName=a\n", nullptr}, Case{"[ X-Vornalis ]\nName=a\n", nullptr},
         Case{"[X-Vornalis]x\nName=a\n", nullptr}, Case{"[X-Vornalis\nName=a\n", nullptr},
-        Case{"[X-Vornalis]\n[Broken\nName=a\n", nullptr}, Case{"Name=a\n", nullptr},
-        Case{"[Unit]\nName=a\n", nullptr}, Case{"[X-Vornalis]\n", nullptr}, Case{"", nullptr},
-        Case{"[", nullptr}, Case{"\n\n\n", nullptr}));
+        Case{"[X-Vornalis)\nName=a\n", nullptr}, Case{"[X-Vornalis]\n[Broken\nName=a\n", nullptr},
+        Case{"Name=a\n", nullptr}, Case{"[Unit]\nName=a\n", nullptr},
+        Case{"[X-Vornalis]\n", nullptr}, Case{"", nullptr}, Case{"[", nullptr},
+        Case{"\n\n\n", nullptr}));
 
 INSTANTIATE_TEST_SUITE_P(Keys, UnitText,
                          testing::Values(Case{"[X-Vornalis]\nname=a\n", nullptr},
@@ -167,8 +168,10 @@ TEST(UnitFile, LongValueIsCutAtAWholeCharacter) {
 
 TEST(UnitFile, LongValueThatIsNotUtf8IsCutAtTheLimit) {
     const TempFolder folder;
-    const std::string name(2000, '\x80');
-    EXPECT_EQ(Ask(folder.Write("a.slice", FileWithName(name))).value, name.substr(0, 1023));
+    const std::string bytes(2000, '\x80');
+    for (const std::string& name : {bytes, "x" + bytes}) {
+        EXPECT_EQ(Ask(folder.Write("a.slice", FileWithName(name))).value, name.substr(0, 1023));
+    }
 }
 
 TEST(UnitFile, NothingIsWrittenBeyondTheSizeGiven) {
@@ -326,10 +329,11 @@ TEST(UnitFile, NoDescriptorIsLeftOpen) {
 }
 
 TEST(CutUtf8, KeepsNothingWhereNoCharacterFits) {
-    EXPECT_EQ(vorn::host::CutUtf8("サ", 2), "");
-    EXPECT_EQ(vorn::host::CutUtf8("サ", 3), "サ");
-    EXPECT_EQ(vorn::host::CutUtf8("abc", 0), "");
-    EXPECT_EQ(vorn::host::CutUtf8("", 0), "");
+    EXPECT_EQ(vornplatform::CutUtf8("サ", 2), "");
+    EXPECT_EQ(vornplatform::CutUtf8("サ", 3), "サ");
+    EXPECT_EQ(vornplatform::CutUtf8("abc", 0), "");
+    EXPECT_EQ(vornplatform::CutUtf8("\x80\x80\x80", 1), "\x80");
+    EXPECT_EQ(vornplatform::CutUtf8("", 0), "");
 }
 
 // Another reader's view of the units of this machine: path, section, key and value of every last
