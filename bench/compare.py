@@ -44,7 +44,8 @@ def main():
     process_table.install_units(options.project, named=True)
     with process_table.clients(options.clients), \
             process_table.populated(binaries, options.processes, options.descriptors,
-                                    options.outside):
+                                    options.outside,
+                                    process_table.make_groups(process_table.SLICES)):
         timing.interleave(contenders, options.rounds)
 
     heading = (f"{total} descriptors: {options.processes} processes x {options.descriptors}, "

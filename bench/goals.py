@@ -31,7 +31,9 @@ class Bench:
 
     def populated(self, processes, descriptors, named=True):
         process_table.install_units(self.project, named)
-        return process_table.populated(self.binaries, processes, descriptors, named=named)
+        groups = process_table.make_groups(
+            process_table.SLICES if named else ("system.slice",))
+        return process_table.populated(self.binaries, processes, descriptors, groups=groups)
 
     def printed(self, *arguments):
         return subprocess.run([f"{self.binaries}/library_call", *arguments], check=True,
@@ -87,6 +89,39 @@ def no_service(bench):
     with bench.populated(200, 250, named=False), process_table.clients(20):
         at_most("library call, no service resolvable, 50,000 records, in bare walks with the same "
                 "look-ups", 1.3, bench.ratio(bench.library(), bench.bare_walk("--services")))
+
+
+def stages(bench):
+    """Median seconds of each stage over the rounds."""
+    seconds = {}
+    for _ in range(bench.rounds):
+        for line in bench.printed("stages").splitlines():
+            value, name = line.split()
+            seconds.setdefault(name, []).append(float(value))
+    return {name: statistics.median(values) for name, values in seconds.items()}
+
+
+def many_services(bench):
+    """2,000 slices with a unit file each, 5,000 processes in them."""
+    units = [f"bench{i}.slice" for i in range(2000)]
+    for unit in units:
+        with open(f"{process_table.UNIT_FOLDER}/{unit}", "w", encoding="utf-8") as file:
+            file.write(f"[Unit]\nDescription=Bench\n\n[X-Vornalis]\nName={unit}\n"
+                       "NameI18n=service:ssh\n")
+    groups = process_table.make_groups(units)
+    with process_table.populated(bench.binaries, 5000, 100, groups=groups):
+        seconds = stages(bench)
+    at_most("services of 5,000 processes x 100 descriptors in 2,000 slices, in descriptor scans",
+            0.15, seconds["services"] / seconds["scan"])
+
+
+def connections(bench):
+    for count, limit in ((100, 0.2), (1000, 0.4)):
+        with bench.populated(200, 250), process_table.clients(count):
+            seconds = stages(bench)
+        rest = sum(seconds.values()) - seconds["connections"]
+        at_most(f"what {count:,} client connections add, in enumerations without any", limit,
+                seconds["connections"] / rest)
 
 
 def against_peers(bench):
@@ -176,7 +211,7 @@ def main():
     parser.add_argument("--only", action="append")
     options = parser.parse_args()
     bench = Bench(options)
-    for goal in (call_against_walk, no_service, against_peers, idle_host, many_texts, soak):
+    for goal in (call_against_walk, no_service, many_services, connections, against_peers, idle_host, many_texts, soak):
         if options.only is None or goal.__name__ in options.only:
             goal(bench)
     if options.only is None:

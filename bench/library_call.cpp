@@ -3,6 +3,7 @@
 //     library_call [volume|share]      seconds of one call, and the records it gave
 //     library_call again               the same for the second call, when what the platform
 //                                      remembers is in place, by share
+//     library_call stages              seconds of each stage, a line each
 //     library_call memory              bytes a record takes beside its texts
 //     library_call soak CALLS          resident size and descriptors after the tenth call and the
 //     last
@@ -49,6 +50,36 @@ void PrintAgain() {
     files.clear();
     const double seconds = Call(files, ENUM_BY_SHARE);
     printf("%.6f %zu\n", seconds, files.size());
+}
+
+void Time(const char* name, int (*stage)(List&), List& files) {
+    const auto begin = std::chrono::steady_clock::now();
+    if (stage(files) < 0) {
+        fprintf(stderr, "library_call: %s failed, see the system log\n", name);
+        exit(2);
+    }
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+    printf("%.6f %s\n", seconds.count(), name);
+}
+
+int FilterByVolume(List& files) {
+    return FilterPath(files, ENUM_BY_VOLUME);
+}
+int SortByPath(List& files) {
+    VORNSortOpenedFile(files, "path", true);
+    return 0;
+}
+
+void PrintStages() {
+    List files;
+    Time("scan", GetProcOpenedFileInVolume, files);
+    Time("filter", FilterByVolume, files);
+    Time("services", GetServiceName, files);
+    Time("connections", UpdateConnectionInfo, files);
+    Time("sort", SortByPath, files);
+    Time("duplicates", EraseAdjacentDuplicates, files);
+    Time("hidden", LabelHidden, files);
+    Time("folders", LabelFolder, files);
 }
 
 /** Texts of 16 bytes and more live outside the record, with their terminator. */
@@ -114,6 +145,8 @@ int main(int argc, char** argv) {
     const std::string what = argc > 1 ? argv[1] : "volume";
     if (what == "again") {
         PrintAgain();
+    } else if (what == "stages") {
+        PrintStages();
     } else if (what == "memory") {
         PrintMemory();
     } else if (what == "soak") {

@@ -13,10 +13,9 @@ SLICES = ("SMBService.slice", "ftpd.slice", "sshd.slice")
 UNIT_FOLDER = "/usr/lib/systemd/system"
 
 
-def make_groups(named):
-    """Slices for the processes; without names, the one that every systemd host has."""
+def make_groups(units):
     groups = []
-    for unit in SLICES if named else ("system.slice",):
+    for unit in units:
         group = f"{HIERARCHY}/{unit}/bench.service"
         os.makedirs(group, exist_ok=True)
         groups.append(group)
@@ -63,10 +62,9 @@ def clients(count):
 
 
 @contextlib.contextmanager
-def populated(binaries, processes, descriptors, outside=0, named=True, folder="/volume1/photo"):
+def populated(binaries, processes, descriptors, outside=0, groups=(), folder="/volume1/photo"):
     """Holds the process table while the body runs. The processes spread over the groups."""
     os.makedirs(folder)
-    groups = make_groups(named)
     process = subprocess.Popen(
         [f"{binaries}/populate", str(processes), str(descriptors), str(outside), folder, *groups],
         stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
