@@ -17,6 +17,7 @@ struct LogLine {
     int priority;
     std::string format;
     std::string text;
+    int error; /**< errno at the call; the call itself changes errno */
 };
 
 /**

@@ -12,11 +12,11 @@ void Keep(int priority, const char* format, va_list arguments)
     __attribute__((format(printf, 2, 0)));
 
 void Keep(int priority, const char* format, va_list arguments) {
-    const int savedErrno = errno;
+    const int error = errno;
     char text[16384];
     std::vsnprintf(text, sizeof(text), format, arguments);  // %m is errno, still untouched
-    unit::TheLibc().logLines.push_back({priority, format, text});
-    errno = savedErrno;
+    unit::TheLibc().logLines.push_back({priority, format, text, error});
+    errno = ENOTCONN;  // as the real one does where no log listens
 }
 
 }  // namespace

@@ -88,7 +88,8 @@ struct ScriptedPlatform {
     std::map<std::string, std::map<std::string, std::optional<std::string>>> bundles;
 
     std::vector<Connection> connections;
-    std::optional<int> connectionResult; /**< instead of the number of connections */
+    /** Instead of the number of connections; negative: no block is handed out. */
+    std::optional<int> connectionResult;
 
     std::map<int, Process> processes;
 

@@ -46,16 +46,22 @@ VORN_CURCONN* MakeBlock(const std::vector<ScriptedPlatform::Connection>& connect
 
 extern "C" {
 
+/** Only there in a program that is linked so that it sees what the library frees. */
+void __wrap_free(void* block) __attribute__((weak));
+
 int VORNCurConnGet(VORN_CURCONN** connections) {
     unit::Note("VORNCurConnGet", *connections == nullptr ? "null" : "set");
     const auto& scripted = ThePlatform().connections;
-    if (!scripted.empty()) {
-        *connections = MakeBlock(scripted);
-        ThePlatform().live[*connections] = "connection block";
-    }
     const int result = ThePlatform().connectionResult.value_or(static_cast<int>(scripted.size()));
     if (result < 0) {
         unit::SetPlatformError(ScriptedPlatform::kConnectionError);
+        return result;
+    }
+    if (!scripted.empty()) {
+        *connections = MakeBlock(scripted);
+        if (__wrap_free != nullptr) {
+            ThePlatform().live[*connections] = "connection block";
+        }
     }
     return result;
 }

@@ -1,0 +1,358 @@
+#include <grp.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+#include "support/pipeline_test.h"
+
+using namespace VORN::FileHandle;
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+
+namespace {
+
+const char* const kSource = "filehandle_enum";
+constexpr int kAuthError = 35;
+
+constexpr char kRaiseGroup[] = "setresgid(-1, 0, -1)";
+constexpr char kRaiseUser[] = "setresuid(-1, 0, -1)";
+constexpr char kEnumerate[] = "VORNShareEnum(list 4, 0x7F0F)";
+constexpr char kRestoreGroup[] = "setresgid(-1, 100, -1)";
+constexpr char kRestoreUser[] = "setresuid(-1, 1000, -1)";
+
+struct Case {
+    const char* name;
+    uid_t user;
+    gid_t group;
+    std::vector<int> failures; /**< identity calls, from 1, that fail */
+    std::vector<const char*> calls;
+    bool enterFails;
+    bool leaveFails;
+    uid_t userAfter;
+    gid_t groupAfter;
+};
+
+void PrintTo(const Case& test, std::ostream* out) {
+    *out << test.name;
+}
+
+const Case kCases[] = {
+    {"Root", 0, 0, {}, {kEnumerate}, false, false, 0, 0},
+    {"Nobody",
+     1000,
+     100,
+     {},
+     {kRaiseGroup, kRaiseUser, kEnumerate, kRaiseUser, kRestoreGroup, kRestoreUser},
+     false,
+     false,
+     1000,
+     100},
+    {"UserOfTheRootGroup",
+     1000,
+     0,
+     {},
+     {kRaiseUser, kEnumerate, kRaiseUser, kRestoreUser},
+     false,
+     false,
+     1000,
+     0},
+    {"RootInAnotherGroup",
+     0,
+     100,
+     {},
+     {kRaiseGroup, kEnumerate, kRestoreGroup},
+     false,
+     false,
+     0,
+     100},
+    {"GroupNotRaised", 1000, 100, {1}, {kRaiseGroup, kEnumerate}, true, false, 1000, 100},
+    {"GroupOfRootNotRaised", 0, 100, {1}, {kRaiseGroup, kEnumerate}, true, false, 0, 100},
+    {"UserNotRaised",
+     1000,
+     100,
+     {2},
+     {kRaiseGroup, kRaiseUser, kEnumerate, kRestoreGroup},
+     true,
+     false,
+     1000,
+     100},
+    {"UserOfTheRootGroupNotRaised", 1000, 0, {1}, {kRaiseUser, kEnumerate}, true, false, 1000, 0},
+    {"UserNotRaisedAndGroupNotRestored",
+     1000,
+     100,
+     {2, 3},
+     {kRaiseGroup, kRaiseUser, kEnumerate, kRestoreGroup},
+     true,
+     true,
+     1000,
+     0},
+    {"NotRaisedForRestoring",
+     1000,
+     100,
+     {3},
+     {kRaiseGroup, kRaiseUser, kEnumerate, kRaiseUser},
+     false,
+     true,
+     0,
+     0},
+    {"GroupNotRestored",
+     1000,
+     100,
+     {4},
+     {kRaiseGroup, kRaiseUser, kEnumerate, kRaiseUser, kRestoreGroup},
+     false,
+     true,
+     0,
+     0},
+    {"UserNotRestored",
+     1000,
+     100,
+     {5},
+     {kRaiseGroup, kRaiseUser, kEnumerate, kRaiseUser, kRestoreGroup, kRestoreUser},
+     false,
+     true,
+     0,
+     100},
+    {"UserOfTheRootGroupNotRaisedForRestoring",
+     1000,
+     0,
+     {2},
+     {kRaiseUser, kEnumerate, kRaiseUser},
+     false,
+     true,
+     0,
+     0},
+    {"UserOfTheRootGroupNotRestored",
+     1000,
+     0,
+     {3},
+     {kRaiseUser, kEnumerate, kRaiseUser, kRestoreUser},
+     false,
+     true,
+     0,
+     0},
+    {"GroupOfRootNotRestored",
+     0,
+     100,
+     {2},
+     {kRaiseGroup, kEnumerate, kRestoreGroup},
+     false,
+     true,
+     0,
+     0},
+};
+
+class Privilege : public unit::PipelineTest {
+protected:
+    void BeIdentity(uid_t user, gid_t group, const std::vector<int>& failures = {}) {
+        libc.identities = {user, group, {}, 0};
+        for (int call : failures) {
+            libc.identities->failures[call] = EINVAL;
+        }
+    }
+    std::vector<std::string> IdentityCalls() const {
+        return journal.CallsOf({"setresgid", "setresuid", "VORNShareEnum"});
+    }
+    ::testing::AssertionResult EnterLogged() {
+        return Logged(kAuthError, "%s:%d ERROR: ENTERCriticalSection", kSource, 67);
+    }
+    ::testing::AssertionResult LeaveLogged() {
+        return Logged(kAuthError, "%s:%d ERROR: LEAVECriticalSection", kSource, 69);
+    }
+};
+
+class PrivilegeSequence : public Privilege, public ::testing::WithParamInterface<Case> {};
+
+/** Real, effective and saved id. */
+template <typename Id>
+std::vector<Id> Ids(int (*get)(Id*, Id*, Id*)) {
+    std::vector<Id> ids(3);
+    get(&ids[0], &ids[1], &ids[2]);
+    return ids;
+}
+
+/** The same with real identities, in child processes. */
+class RealPrivilege : public Privilege {
+protected:
+    void SetUp() override {
+        if (getuid() != 0) {
+            GTEST_SKIP() << "needs root, to become other users";
+        }
+        Privilege::SetUp();
+        journal.onCall = [this](const std::string& call) {
+            if (call == kEnumerate) {
+                userInside = Ids(&getresuid)[1];
+                groupInside = Ids(&getresgid)[1];
+            }
+        };
+    }
+    void Become(uid_t user, gid_t group, uid_t savedUser, gid_t savedGroup) {
+        ASSERT_EQ(setgroups(0, nullptr), 0);
+        ASSERT_EQ(setresgid(group, group, savedGroup), 0);
+        ASSERT_EQ(setresuid(user, user, savedUser), 0);
+        journal.Clear();
+    }
+
+    uid_t userInside = 4711;
+    gid_t groupInside = 4711;
+};
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(Of, PrivilegeSequence, ::testing::ValuesIn(kCases),
+                         [](const auto& test) { return test.param.name; });
+
+TEST_P(PrivilegeSequence, MakesItsIdentityCallsInOrder) {
+    const Case& test = GetParam();
+    BeIdentity(test.user, test.group, test.failures);
+    errno = EINTR;
+    EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+    EXPECT_EQ(errno, test.leaveFails ? EPERM : 0);
+    EXPECT_THAT(IdentityCalls(), ElementsAreArray(test.calls));
+    EXPECT_EQ(libc.identities->user, test.userAfter);
+    EXPECT_EQ(libc.identities->group, test.groupAfter);
+    EXPECT_EQ(files.size(), 4U);
+    if (test.enterFails) {
+        EXPECT_TRUE(EnterLogged());
+    }
+    if (test.leaveFails) {
+        EXPECT_TRUE(LeaveLogged());
+    }
+    for (const unit::LogLine& line : libc.logLines) {
+        EXPECT_EQ(line.error, EPERM);
+    }
+}
+
+TEST_P(PrivilegeSequence, GivesThePipelinesFailureBack) {
+    const Case& test = GetParam();
+    BeIdentity(test.user, test.group, test.failures);
+    platform.shares.clear();
+    platform.shareEnumResult = -1;
+    EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), -1);
+    EXPECT_EQ(errno, test.leaveFails ? EPERM : 0);
+    EXPECT_THAT(IdentityCalls(), ElementsAreArray(test.calls));
+    if (test.enterFails) {
+        EXPECT_TRUE(EnterLogged());
+    }
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to get share, vornerr=[0x%04X]",
+                       "filehandle_filter_path", 72, unit::ScriptedPlatform::kShareEnumError));
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to get share path list, vornerr=[0x%04X]",
+                       "filehandle_filter_path", 139, unit::ScriptedPlatform::kShareEnumError));
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to filter path for file handle", kSource, 29));
+    if (test.leaveFails) {
+        EXPECT_TRUE(LeaveLogged());
+    }
+}
+
+TEST_F(Privilege, ClearsErrnoBeforeTheFirstStage) {
+    BeIdentity(1000, 100);
+    int errnoInside = -1;
+    journal.onCall = [&](const std::string& call) {
+        if (errnoInside < 0 && call == "KLIBCSzListAlloc(512)") {
+            errnoInside = errno;
+        }
+    };
+    errno = EINTR;
+    EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+    EXPECT_EQ(errnoInside, 0);
+}
+
+TEST_F(Privilege, RestoresIdentitiesThatAStageChanged) {
+    BeIdentity(0, 0);
+    journal.onCall = [this](const std::string& call) {
+        if (call == kEnumerate) {
+            libc.identities->user = 5;
+            libc.identities->group = 6;
+        }
+    };
+    EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+    EXPECT_THAT(IdentityCalls(), ElementsAre(kEnumerate, kRaiseUser, kRaiseGroup, kRaiseUser));
+    EXPECT_EQ(errno, 0);
+}
+
+TEST_F(Privilege, KeepsOldRecordsOfTheList) {
+    BeIdentity(0, 0);
+    files = unit::Records({{"9", "/volume1/photo/0"}});
+    EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+    EXPECT_THAT(PidsAndPaths(), ElementsAre("10 docs/dir", "9 photo/0", "9 photo/@tmp/a",
+                                            "10 photo/b", "9 photo/b"));
+}
+
+TEST_F(Privilege, PassesTheOptionOn) {
+    BeIdentity(0, 0);
+    EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_VOLUME), 0);
+    EXPECT_EQ(files.front().getPath(), "/volume1/photo/@tmp/a");
+    EXPECT_EQ(VORNEnumOpenedFile(files, 2), -1);
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to filter path. wrong [enumby] option",
+                       "filehandle_filter_path", 148));
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to filter path for file handle", kSource, 29));
+}
+
+TEST_F(Privilege, StaysRaisedWhenAnExceptionPasses) {
+    BeIdentity(1000, 100);
+    libc.links["/proc/9/fd/4"] = "/volume";
+    EXPECT_THROW(VORNEnumOpenedFile(files, ENUM_BY_SHARE), std::out_of_range);
+    EXPECT_THAT(IdentityCalls(), ElementsAre(kRaiseGroup, kRaiseUser));
+    EXPECT_EQ(libc.identities->user, 0U);
+    EXPECT_EQ(libc.identities->group, 0U);
+    EXPECT_THAT(unit::Shown(files), ElementsAre("9 /volume1/photo/b"));
+}
+
+TEST_F(RealPrivilege, IsRaisedAndRestoredForACallerWhoMayBecomeRoot) {
+    unit::RunInChild([this] {
+        Become(1000, 100, 0, 0);
+        EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+        EXPECT_EQ(errno, 0);
+        EXPECT_EQ(files.size(), 4U);
+        EXPECT_EQ(userInside, 0U);
+        EXPECT_EQ(groupInside, 0U);
+        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 1000, 0));
+        EXPECT_THAT(Ids(&getresgid), ElementsAre(100, 100, 0));
+    });
+}
+
+TEST_F(RealPrivilege, IsNotRaisedForACallerWithoutAnyRight) {
+    unit::RunInChild([this] {
+        Become(1000, 100, 1000, 100);
+        EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+        EXPECT_EQ(errno, 0);
+        EXPECT_TRUE(EnterLogged());
+        EXPECT_THAT(IdentityCalls(), ElementsAre(kRaiseGroup, kEnumerate));
+        EXPECT_EQ(files.size(), 4U);
+        EXPECT_EQ(userInside, 1000U);
+        EXPECT_EQ(groupInside, 100U);
+        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 1000, 1000));
+        EXPECT_THAT(Ids(&getresgid), ElementsAre(100, 100, 100));
+    });
+}
+
+TEST_F(RealPrivilege, IsRaisedInUserAloneForACallerOfTheRootGroup) {
+    unit::RunInChild([this] {
+        Become(1000, 0, 0, 0);
+        EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+        EXPECT_EQ(errno, 0);
+        EXPECT_EQ(userInside, 0U);
+        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 1000, 0));
+    });
+}
+
+TEST_F(RealPrivilege, NeedsNoCallForRoot) {
+    unit::RunInChild([this] {
+        Become(0, 0, 0, 0);
+        EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+        EXPECT_EQ(errno, 0);
+        EXPECT_THAT(IdentityCalls(), ElementsAre(kEnumerate));
+    });
+}
+
+TEST_F(RealPrivilege, StaysRaisedWhenAnExceptionPasses) {
+    libc.links["/proc/9/fd/4"] = "/volume";
+    unit::RunInChild([this] {
+        Become(1000, 100, 0, 0);
+        EXPECT_THROW(VORNEnumOpenedFile(files, ENUM_BY_SHARE), std::out_of_range);
+        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 0, 0));
+        EXPECT_THAT(Ids(&getresgid), ElementsAre(100, 0, 0));
+    });
+}
