@@ -1,33 +1,56 @@
 #!/bin/bash
-# systemd_verify.sh DATA: systemd accepts the slices and drop-ins of the folder without a remark.
+# systemd_verify.sh DATA: systemd accepts the slices and drop-ins of the folder without a remark,
+# and puts each unit that has a drop-in into the slice that it names.
 set -euo pipefail
 data=$1
+manager=/lib/systemd/systemd
 
-if ! command -v systemd-analyze >/dev/null; then
-    echo "skipped: systemd-analyze is not installed (package systemd)"
+if [ ! -x $manager ] || ! command -v systemd-analyze >/dev/null; then
+    echo "skipped: systemd is not installed (package systemd)"
     exit 77
 fi
 
 units=$(mktemp -d)
 trap 'rm -rf "$units"' EXIT
+chmod 755 "$units"
 cp -r "$data"/. "$units"
+export SYSTEMD_UNIT_PATH=$units: # the trailing colon adds systemd's own units
 
 # systemd reads a drop-in together with its unit; each gets the least that can be started.
 names=()
+expected=
 for dropIn in "$units"/*.d; do
     unit=$(basename "$dropIn" .d)
     printf '[Service]\nExecStart=/bin/true\n' >"$units/$unit"
-    names+=("$units/${unit/@./@1.}")
+    names+=("${unit/@./@1.}")
+    expected+="${unit/@./@1.} $(sed -n 's/^Slice=//p' "$dropIn"/*.conf)"$'\n'
 done
 for slice in "$units"/*.slice; do
-    names+=("$slice")
+    names+=("$(basename "$slice")")
+    expected+="$(basename "$slice") -.slice $slice"$'\n'
 done
+printf '[Unit]\nWants=%s\n' "${names[*]}" >"$units/all.target"
 
-# The trailing colon adds systemd's own units.
-output=$(SYSTEMD_UNIT_PATH=$units: systemd-analyze verify --man=no --recursive-errors=yes \
-    "${names[@]}" 2>&1) || { echo "$output"; exit 1; }
-if [ -n "$output" ]; then
-    echo "$output"
+remarks=$(systemd-analyze verify --man=no --recursive-errors=yes "${names[@]/#/$units/}" 2>&1) ||
+    remarks+=" (refused)"
+if [ -n "$remarks" ]; then
+    echo "$remarks"
+    exit 1
+fi
+
+# The manager tells what it would start, but never to root.
+ordinary=()
+if [ "$(id -u)" = 0 ]; then
+    ordinary=(setpriv --reuid=65534 --regid=65534 --clear-groups)
+fi
+placed=$("${ordinary[@]}" $manager --test --system --unit=all.target --log-target=console 2>&1 |
+    awk '/^\t-> Unit /        { unit = $3; sub(/:$/, "", unit) }
+         /^\t\tSlice: /         { slice[unit] = $2 }
+         /^\t\tFragment Path: / { path[unit] = $3 }
+         END { for (unit in slice) print unit, slice[unit] (unit ~ /\.slice$/ ? " " path[unit] : "") }')
+missing=$(comm -23 <(sort <<<"${expected%$'\n'}") <(sort <<<"$placed"))
+if [ -n "$missing" ]; then
+    printf 'not placed as expected:\n%s\n' "$missing"
     exit 1
 fi
 echo "${#names[@]} units verified"
