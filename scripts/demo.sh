@@ -1,0 +1,113 @@
+#!/usr/bin/env bash
+# Shows the open files of this host's volumes: installs what the build needs, builds, prints the
+# table.
+#
+#   scripts/demo.sh
+#
+# A host without /volume* mounts gets a private sample host (scripts/sample-host.sh) with two
+# volumes, a few shares and real processes that hold files there. Nothing of it stays.
+set -euo pipefail
+
+scripts=$(dirname "$(realpath "$0")")
+project=$(dirname "$scripts")
+build=$project/build/release
+
+build_release() {
+    "$scripts/install-deps.sh" build run
+    local log options=()
+    # The tests' own dependencies aren't needed; a build folder that has them already keeps them.
+    [[ -e $build/CMakeCache.txt ]] || options=(-DVORN_BUILD_TESTS=OFF)
+    log=$(mktemp)
+    # shellcheck disable=SC2064 # the name is known now
+    trap "rm -f '$log'" EXIT
+    echo "Building in $build ..."
+    if ! (cd "$project" && cmake --preset release "${options[@]}" &&
+        cmake --build --preset release) >"$log" 2>&1; then
+        cat "$log" >&2
+        exit 1
+    fi
+}
+
+show() { # COMMAND [ARG...]
+    printf '\n$ %s\n' "$*"
+    "$@"
+}
+
+host_has_volumes() {
+    findmnt --noheadings --raw --output TARGET | grep -q '^/volume[^/]'
+}
+
+# --- Inside the sample host ----------------------------------------------------------------------
+
+# Starts a process in a control group below SLICE that holds what its redirections say.
+hold_in() { # SLICE/UNIT COMMAND [ARG...]
+    local group=/sys/fs/cgroup/systemd/$1
+    shift
+    mkdir -p "$group"
+    (
+        echo "$BASHPID" >"$group/cgroup.procs"
+        exec "$@"
+    ) &
+}
+
+populate() {
+    mkdir -p /volume1/{photo/2024,projects/.git} /volume2/backup/nightly
+    local name
+    for name in photo/2024/beach.jpg photo/2024/sunset.jpg projects/plan.ods projects/.git/index; do
+        echo sample >"/volume1/$name"
+    done
+    echo sample >/volume2/backup/nightly/home.tar
+
+    # Real clients' processes would sit in the slices of their servers in just this way.
+    hold_in SMBService.slice/smbd.service tail -f /volume1/photo/2024/beach.jpg
+    hold_in SMBService.slice/smbd.service sleep infinity 5</volume1/photo/2024
+    hold_in sshd.slice/ssh.service tail -f /volume1/projects/plan.ods
+    hold_in ftpd.slice/vsftpd.service sleep infinity 4>>/volume1/photo/2024/sunset.jpg
+    hold_in system.slice/cron.service sleep infinity 3>/volume2/backup/nightly/home.tar
+    hold_in user.slice tail -f /volume1/projects/.git/index
+    # A file that is gone from its folder but not from the disk, a hidden one, and one whose name
+    # would clear the screen and forge a line if it were printed as it is.
+    hold_in SMBService.slice/smbd.service sleep infinity 6>/volume1/photo/upload.tmp
+    mkdir /volume1/photo/.snapshot
+    hold_in user.slice sleep infinity 3>/volume1/photo/.snapshot/beach.jpg
+    hold_in ftpd.slice/vsftpd.service sleep infinity \
+        7>$'/volume1/photo/\e[2J\e[31mall is well\nroot  /volume1/photo/x'
+}
+
+# Waits until every process of populate has become the command that holds its files.
+await_holders() {
+    local pid
+    for pid in $(jobs -p); do
+        until [[ $(readlink "/proc/$pid/exe") == */@(sleep|tail) ]]; do
+            kill -0 "$pid"
+        done
+    done
+    rm /volume1/photo/upload.tmp
+}
+
+demo_in_sample_host() {
+    # The sample host's /usr is private: nothing is installed outside of it.
+    cmake --install "$build" >/dev/null
+    ldconfig
+    shopt -s extglob
+    populate
+    await_holders
+    show vorn-openfiles
+    show vorn-openfiles --by volume
+}
+
+case ${1-} in
+    '')
+        build_release
+        if host_has_volumes; then
+            show "$build/bin/vorn-openfiles" --by volume
+        else
+            "$scripts/sample-host.sh" "$0" --inside
+        fi
+        ;;
+    --inside) demo_in_sample_host ;;
+    *)
+        echo "usage: $0" >&2
+        exit 2
+        ;;
+esac
