@@ -1,0 +1,56 @@
+#include "vorn/platform/share.h"
+
+#include <exception>
+#include <memory>
+#include <string>
+
+#include "share_sources.h"
+#include "support/fault.h"
+
+namespace {
+
+constexpr char kSource[] = "share";
+
+/**
+ * The shares that this thread was told of last, and the record that it got last. Callers never
+ * release a record, so there is one a thread, filled anew by each call.
+ */
+thread_local std::shared_ptr<const vornplatform::ShareTable> lastTable;
+thread_local VORN_SHARE lastRecord;
+
+int PushNames(const vornplatform::ShareTable& table, KLIBC_SZLIST** names) {
+    const int before = (*names)->nItem;
+    for (const vornplatform::Share& share : table.Shares()) {
+        if (KLIBCSzListPush(names, share.name.c_str()) < 0) {
+            (*names)->nItem = before;
+            return -1;
+        }
+    }
+    return (*names)->nItem - before;
+}
+
+}  // namespace
+
+int VORNShareEnum(KLIBC_SZLIST** names, int /*flags*/) try {
+    if (names == nullptr || *names == nullptr)
+        return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    lastTable = vornplatform::CurrentShares();
+    return PushNames(*lastTable, names);
+} catch (const std::exception&) {
+    return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+}
+
+int VORNShareGet(const char* name, VORN_SHARE** share) try {
+    if (name == nullptr || share == nullptr)
+        return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    if (!lastTable)
+        lastTable = vornplatform::CurrentShares();
+    const vornplatform::Share* found = lastTable->Find(name);
+    if (found == nullptr)
+        return vornplatform::Fail(KLIBC_ERR_NOT_FOUND, kSource, __LINE__);
+    lastRecord.szPath = found->path.c_str();
+    *share = &lastRecord;
+    return 0;
+} catch (const std::exception&) {
+    return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+}

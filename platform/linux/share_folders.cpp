@@ -1,0 +1,61 @@
+#include "share_folders.h"
+
+#include <syslog.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "hidden_names.h"
+#include "support/fault.h"
+#include "volume_table.h"
+#include "vorn/platform/file.h"
+
+namespace vornplatform {
+namespace {
+
+constexpr char kSource[] = "share_folders";
+
+struct ListDeleter {
+    void operator()(KLIBC_SZLIST* list) const { KLIBCSzListFree(list); }
+};
+
+std::vector<std::string> FoldersOf(const std::string& volume) {
+    std::vector<std::string> names;
+    KLIBC_SZLIST* list = KLIBCSzListAlloc(64);
+    const int count = KLIBCFileEnumDir(volume.c_str(), nullptr, &list, KLIBC_ENUM_DIRECTORIES);
+    const std::unique_ptr<KLIBC_SZLIST, ListDeleter> owner(list);
+    if (count < 0)
+        Log(LOG_WARNING, kSource, __LINE__, "Failed to list the volume " + Escape(volume));
+    for (int i = 0; i < count; ++i)
+        names.emplace_back(KLIBCSzListGet(list, i));
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+}  // namespace
+
+bool IsHiddenFolder(std::string_view name, const std::vector<std::string>& hidden) {
+    if (name.empty() || name.front() == '.' || name.front() == '@')
+        return true;
+    const std::string path = "/" + std::string(name) + "/";
+    return std::any_of(hidden.begin(), hidden.end(), [&path](const std::string& text) {
+        return path.find(text) != std::string::npos;
+    });
+}
+
+std::vector<Share> FolderShares() {
+    std::vector<std::string> volumes;
+    std::vector<std::string> hidden;
+    if (ReadVolumes(volumes) != 0 || ReadHiddenNames(hidden) != 0)
+        Log(LOG_WARNING, kSource, __LINE__, "Failed to read volumes or hidden directories");
+    std::vector<Share> shares;
+    for (const std::string& volume : volumes) {
+        for (const std::string& name : FoldersOf(volume)) {
+            if (!IsHiddenFolder(name, hidden))
+                shares.push_back({name, volume + "/" + name});
+        }
+    }
+    return shares;
+}
+
+}  // namespace vornplatform

@@ -1,0 +1,15 @@
+#ifndef VORNPLATFORM_SHARE_SOURCES_H
+#define VORNPLATFORM_SHARE_SOURCES_H
+
+#include <memory>
+
+#include "share_table.h"
+
+namespace vornplatform {
+
+/** The host's shares as they are now. Safe from any thread. */
+std::shared_ptr<const ShareTable> CurrentShares();
+
+}  // namespace vornplatform
+
+#endif
