@@ -156,6 +156,14 @@ TEST_F(ShareFilter, BelievesTheListedNamesOverAPositiveResult) {
     }
 }
 
+TEST_F(ShareFilter, ErasesEverythingWhereTheSharesLeaveNoList) {
+    platform.shares = {{"photo", "/volume1/photo"}};
+    platform.listDroppers = {"VORNShareEnum"};
+    files = unit::Records({{"7", "/volume1/photo/a"}});
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(files, IsEmpty());
+}
+
 TEST_F(ShareFilter, LeavesAShareOutWhosePathCannotBePushed) {
     platform.shares = {{"photo", "/volume1/photo"}, {"docs", "/volume1/docs"}};
     platform.failingPushes = {1};

@@ -195,6 +195,13 @@ TEST_F(Scan, FindsNothingWhereNothingIsOpen) {
     EXPECT_THAT(files, IsEmpty());
 }
 
+TEST_F(Scan, FindsNothingWhereTheListingLeavesNoList) {
+    AddProcess("7", {{"3", "/volume1/a"}});
+    platform.listDroppers = {"KLIBCFileEnumDir"};
+    EXPECT_EQ(Run(), 0);
+    EXPECT_THAT(files, IsEmpty());
+}
+
 TEST_F(Scan, LeavesRecordsThatAreInTheListAlready) {
     files = unit::Records({{"1", "/elsewhere"}});
     files.front().setHost("box");

@@ -68,6 +68,24 @@ TEST_F(HiddenLabel, MarksEverythingWithAnEmptyItem) {
     EXPECT_THAT(Hidden(files), ElementsAre(true, true));
 }
 
+TEST_F(HiddenLabel, MarksNothingWithoutAList) {
+    platform.hiddenDirectories = {"/volume1"};
+    platform.listDroppers = {"VORNEAHiddenDirGet"};
+    Files files = unit::Records({{"1", "/volume1/a"}});
+    EXPECT_EQ(LabelHidden(files), 0);
+    EXPECT_THAT(Hidden(files), ElementsAre(false));
+}
+
+TEST_F(HiddenLabel, FindsAnEmptyItemEvenInAnEmptyPath) {
+    Files files(1);
+    platform.hiddenDirectories = {"a"};
+    EXPECT_EQ(LabelHidden(files), 0);
+    EXPECT_THAT(Hidden(files), ElementsAre(false));
+    platform.hiddenDirectories = {"a", ""};
+    EXPECT_EQ(LabelHidden(files), 0);
+    EXPECT_THAT(Hidden(files), ElementsAre(true));
+}
+
 TEST_F(HiddenLabel, TakesAnyResultThatIsNotNegativeForSuccess) {
     platform.hiddenDirectories = {"/@tmp"};
     for (int result : {0, 1, 7}) {

@@ -47,9 +47,16 @@ std::string ListName(const KLIBC_SZLIST* list) {
     return found != ThePlatform().live.end() ? found->second : "dead list";
 }
 
-void AppendTexts(KLIBC_SZLIST** list, const std::vector<std::string>& texts) {
+void AppendTexts(const std::string& operation, KLIBC_SZLIST** list,
+                 const std::vector<std::string>& texts) {
     if (list == nullptr || !IsLive(*list)) {
         ADD_FAILURE() << "the platform was given a list that is not alive";
+        return;
+    }
+    if (ThePlatform().listDroppers.count(operation) != 0) {
+        ThePlatform().live.erase(*list);
+        delete Whole(*list);
+        *list = nullptr;
         return;
     }
     Move(list);
@@ -82,7 +89,7 @@ int KLIBCSzListPush(KLIBC_SZLIST** list, const char* text) {
         unit::SetPlatformError(unit::ScriptedPlatform::kPushError);
         return -1;
     }
-    unit::AppendTexts(list, {text});
+    unit::AppendTexts("KLIBCSzListPush", list, {text});
     return (*list)->nItem;
 }
 

@@ -12,7 +12,8 @@ namespace unit {
 std::string ListName(const KLIBC_SZLIST* list);
 
 /** What an operation that fills a list does; moves the list. */
-void AppendTexts(KLIBC_SZLIST** list, const std::vector<std::string>& texts);
+void AppendTexts(const std::string& operation, KLIBC_SZLIST** list,
+                 const std::vector<std::string>& texts);
 
 }  // namespace unit
 

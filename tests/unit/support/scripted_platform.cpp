@@ -66,10 +66,10 @@ int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list,
     unit::Note("KLIBCFileEnumDir", path, pattern, unit::ListName(*list), unit::Hex(options));
     const auto names = ThePlatform().directories.find(path);
     if (names == ThePlatform().directories.end()) {
-        unit::AppendTexts(list, ThePlatform().partialDirectories[path]);
+        unit::AppendTexts("KLIBCFileEnumDir", list, ThePlatform().partialDirectories[path]);
         return Fail(ScriptedPlatform::kEnumDirError);
     }
-    unit::AppendTexts(list, names->second);
+    unit::AppendTexts("KLIBCFileEnumDir", list, names->second);
     return static_cast<int>(names->second.size());
 }
 
@@ -97,7 +97,7 @@ int VORNShareEnum(KLIBC_SZLIST** names, int flags) {
     for (const ScriptedPlatform::Share& share : ThePlatform().shares) {
         texts.push_back(share.name);
     }
-    unit::AppendTexts(names, texts);
+    unit::AppendTexts("VORNShareEnum", names, texts);
     const int result = ThePlatform().shareEnumResult.value_or(static_cast<int>(texts.size()));
     return result < 0 ? (Fail(ScriptedPlatform::kShareEnumError), result) : result;
 }
@@ -143,7 +143,7 @@ void VORNMountVolInfoFree(VORN_MOUNT_VOL_INFO* volume) {
 
 int VORNEAHiddenDirGet(KLIBC_SZLIST** list) {
     unit::Note("VORNEAHiddenDirGet", unit::ListName(*list));
-    unit::AppendTexts(list, ThePlatform().hiddenDirectories);
+    unit::AppendTexts("VORNEAHiddenDirGet", list, ThePlatform().hiddenDirectories);
     const int result = ThePlatform().hiddenResult;
     return result < 0 ? (Fail(ScriptedPlatform::kHiddenError), result) : result;
 }

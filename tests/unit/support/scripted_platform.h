@@ -66,6 +66,9 @@ struct ScriptedPlatform {
     std::set<int> failingAllocs;
     std::set<int> failingPushes;
 
+    /** Operations that fill a list and, though they succeed, leave none behind. */
+    std::set<std::string> listDroppers;
+
     /** Names by path. A path that isn't here can't be listed. */
     std::map<std::string, std::vector<std::string>> directories;
     /** Names that a failing listing leaves in the list all the same. */
