@@ -3,7 +3,7 @@
 
 /**
  * @file
- * Current client connections.
+ * Current client connections: which process serves which client, and for which user.
  */
 
 #include <stdint.h>
@@ -22,7 +22,7 @@ typedef struct VORN_CURCONN {
     const char* szHost; /**< remote host; neither null nor empty */
     const char* szUser; /**< user; neither null nor empty */
     char reserved1[8];
-    uint32_t type; /**< kind of connection */
+    uint32_t type; /**< VORN_CURCONN_SSH; any other value is a connection of another kind */
     char reserved2[20];
 } VORN_CURCONN;
 
@@ -33,11 +33,53 @@ VORN_PLATFORM_ASSERT(offsetof(VORN_CURCONN, type) == 40);
 VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
 
 /**
- * Lists the current client connections.
+ * Lists the current client connections: one record for each process, host and user.
+ *
+ * Order: callers take the last record of a process. First come the processes of SSH sessions, then
+ * those of sshd, then all other servers; each by ascending process id, and the clients of one
+ * process by their lowest descriptor. So a process that serves a client itself is shown with that
+ * client, even if it was started from somebody's SSH session, and one that serves several is shown
+ * with the one at the highest descriptor.
+ *
+ * What the stand-in for Linux knows, and from where:
+ *
+ * - Connections: TCP over IPv4 and IPv6, established, with a local port that is also listened on
+ *   (sock_diag over netlink, else /proc/net/tcp and /proc/net/tcp6), in the network namespace of
+ *   the caller. Not seen are other namespaces, other protocols, servers inside the kernel, and a
+ *   server that stops listening once it has its client.
+ * - Processes: every process that holds the socket of a client (/proc/<pid>/fd), however many
+ *   share it. With no client nothing is searched. Otherwise each process is searched at its 16
+ *   lowest descriptors, and the file servers known by their executable, whatever its folder, to
+ *   the end of their table: sshd, smbd, vsftpd, proftpd, pure-ftpd, rsync and afpd as far as
+ *   their one client, nginx, apache2, httpd, lighttpd and caddy up to 4096 descriptors. A server
+ *   of another name that keeps a client's socket further up is not found.
+ * - Host: the peer's address as a number, never a name; IPv4 dotted also on an IPv6 socket, IPv6
+ *   with "%" and the interface where it is link-local (without, where it is read from /proc/net).
+ * - User: the effective user of the process (/proc/<pid>/status), with the exceptions below. Ids
+ *   become names by getpwuid_r; one without a name is shown as the number.
+ * - SSH (type VORN_CURCONN_SSH; sshd, sshd-session and sshd-auth by executable): the login user
+ *   that the kernel keeps (/proc/<pid>/loginuid) if the connection has a kernel session
+ *   (/proc/<pid>/sessionid) that its server was not itself started from, else the user of sshd's
+ *   unprivileged half, else, of a login without such a half, the user of sshd itself, once a
+ *   session runs. A connection not yet authenticated is left out. Every other process of the
+ *   kernel session is a record too, wherever it was moved or detached to. Ports that an SSH client
+ *   forwards to itself are no connections of its sshd.
+ * - SMB (smbd): one record for each user with an authenticated session on the connection, sorted,
+ *   as /usr/bin/smbstatus tells; "unknown" while there is none or smbstatus cannot tell. The answer
+ *   is remembered for 60 s; smbstatus runs, at most once a call and for 2 s, when an smbd is not
+ *   in it, and not for 10 s after it failed.
+ *
+ * What vanishes meanwhile is skipped. A source that cannot be had costs its own facts and one line
+ * in the system log: without any list of sockets there is no record.
+ *
+ * Needs root, or else sees the sockets of the caller's own processes alone. Safe for use by several
+ * threads.
  *
  * @param connections  receives an array in one block, texts included; the caller releases it with
- *                     free(). Stays null when there is none
- * @return the number of records, or a negative value on failure with the error code set
+ *                     free(). Null when there is none. Texts are bytes as the name service and
+ *                     smbstatus give them
+ * @return the number of records, or a negative value on failure with the error code set: 0x0D00
+ *         without a place for the array, 0x0100 when memory runs out
  */
 int VORNCurConnGet(VORN_CURCONN** connections);
 
