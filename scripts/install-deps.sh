@@ -39,19 +39,23 @@ packages[run]='
 
 # Test framework, sanitizers, analysers, formatters.
 packages[test]='
+    bash-completion
     clang
     clang-format
     clang-tidy
+    fish
     gcovr
     jq
     libclang-rt-14-dev
     libgmock-dev
     libgtest-dev
+    mandoc
     python3
     python3-jsonschema
     shellcheck
     systemd
     valgrind
+    zsh
 '
 
 # Real servers, clients and tools for the end-to-end tests.
@@ -62,6 +66,7 @@ packages[e2e]='
     openssh-server
     procps
     prometheus
+    prometheus-node-exporter
     psmisc
     rsync
     samba

@@ -1,0 +1,68 @@
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "check.h"
+#include "commands.h"
+#include "escape.h"
+#include "json_output.h"
+#include "output.h"
+#include "terminal.h"
+
+namespace cli {
+namespace {
+
+void AppendJson(std::string& out, const std::vector<Finding>& findings, bool ready) {
+    out += "{\"schema\":";
+    out += std::to_string(kJsonSchema);
+    out += ready ? ",\"ready\":true,\"checks\":[" : ",\"ready\":false,\"checks\":[";
+    const char* separator = "\n{";
+    for (const Finding& finding : findings) {
+        out += separator;
+        separator = ",\n{";
+        AppendJsonMember(out, "subject", finding.subject);
+        out += ',';
+        AppendJsonMember(out, "state", StateName(finding.state));
+        out += ',';
+        AppendJsonMember(out, "text", finding.text);
+        out += ',';
+        AppendJsonMember(out, "advice", finding.advice);
+        out += '}';
+    }
+    out += "\n]}\n";
+}
+
+void AppendPlain(std::string& out, const std::vector<Finding>& findings, bool utf8) {
+    constexpr size_t kStateWidth = 9;
+    for (const Finding& finding : findings) {
+        const std::string_view state = StateName(finding.state);
+        out += state;
+        out.append(kStateWidth - state.size(), ' ');
+        AppendEscaped(out, finding.subject + ": " + finding.text, utf8);
+        out += '\n';
+        if (!finding.advice.empty()) {
+            out.append(kStateWidth, ' ');
+            AppendEscaped(out, "-> " + finding.advice, utf8);
+            out += '\n';
+        }
+    }
+}
+
+}  // namespace
+
+int CheckCommand(const Options& options) {
+    const std::vector<Finding> findings = ExamineHost();
+    const bool ready = std::none_of(findings.begin(), findings.end(), [](const Finding& finding) {
+        return finding.state == State::kMissing;
+    });
+    Output output(STDOUT_FILENO);
+    if (options.format == Format::kJson) {
+        AppendJson(output.Text(), findings, ready);
+    } else {
+        AppendPlain(output.Text(), findings, DescribeTerminal(STDOUT_FILENO).utf8);
+    }
+    output.Flush();
+    return ready ? kFound : kNothingFound;
+}
+
+}  // namespace cli

@@ -1,0 +1,31 @@
+#ifndef VORN_CLI_COUNT_H
+#define VORN_CLI_COUNT_H
+
+/**
+ * @file
+ * How many records there are of each kind.
+ */
+
+#include <string>
+#include <vector>
+
+#include "options.h"
+#include "snapshot.h"
+#include "terminal.h"
+
+namespace cli {
+
+struct Count {
+    std::vector<std::string> values; /**< one a counted column */
+    size_t files;
+};
+
+/** Biggest first (smallest with reversed), then by their values, byte by byte. */
+std::vector<Count> CountBy(Snapshot& snapshot, const std::vector<Column>& columns, bool reversed);
+
+/** A bar of width columns at most, for part of the biggest count; never empty. */
+std::string Bar(size_t part, size_t biggest, size_t width, bool utf8);
+
+}  // namespace cli
+
+#endif

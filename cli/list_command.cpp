@@ -1,0 +1,43 @@
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include "commands.h"
+#include "output.h"
+#include "render.h"
+#include "snapshot.h"
+
+namespace cli {
+
+void Complain(const std::string& text) {
+    fmt::print(stderr, "vorn-openfiles: {}\n", text);
+}
+
+int ListCommand(const Options& options, Gate& gate) {
+    if (options.watchSeconds) {
+        return WatchCommand(options, gate);
+    }
+    Snapshot snapshot;
+    {
+        const Gate::Inside inside(gate);
+        snapshot = TakeSnapshot(options);
+    }
+    if (!options.quiet) {
+        Output output(STDOUT_FILENO);
+        const Terminal terminal = DescribeTerminal(STDOUT_FILENO);
+        if (options.countBy.empty()) {
+            RenderFiles(snapshot, options, terminal, output);
+        } else {
+            RenderCounts(snapshot, options, terminal, output);
+        }
+        output.Flush();
+    }
+    if (!snapshot.incompleteReason.empty() && (options.strict || !options.quiet)) {
+        Complain("incomplete: " + snapshot.incompleteReason);
+    }
+    if (options.strict && !snapshot.incompleteReason.empty()) {
+        return kFailed;
+    }
+    return snapshot.files.empty() ? kNothingFound : kFound;
+}
+
+}  // namespace cli

@@ -1,0 +1,83 @@
+#include <unistd.h>
+
+#include <csignal>
+#include <exception>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
+#include "commands.h"
+#include "gate.h"
+#include "output.h"
+#include "rights.h"
+#include "snapshot.h"
+#include "usage.h"
+
+namespace {
+
+int Print(std::string_view text) {
+    cli::Output output(STDOUT_FILENO);
+    output.Text() += text;
+    output.Flush();
+    return cli::kFound;
+}
+
+int Run(const cli::Options& options, cli::Gate& gate) {
+    if (options.help) {
+        return Print(cli::HelpText());
+    }
+    if (options.version) {
+        return Print(cli::VersionText());
+    }
+    switch (options.command) {
+        case cli::Command::kList:
+            return cli::ListCommand(options, gate);
+        case cli::Command::kServices:
+            return cli::ServicesCommand(options);
+        case cli::Command::kCheck:
+            return cli::CheckCommand(options);
+        case cli::Command::kMetrics:
+            return cli::MetricsCommand(options, gate);
+    }
+    return cli::kFailed;
+}
+
+/** Runs work; a reason that stops it goes to standard error. */
+int Guarded(const std::function<int()>& work) {
+    try {
+        return work();
+    } catch (const cli::UsageError& error) {
+        cli::Complain(error.what());
+        cli::Complain("'vorn-openfiles --help' shows what can be asked");
+    } catch (const std::exception& error) {
+        cli::Complain(error.what());
+    }
+    return cli::kFailed;
+}
+
+int RunCommandLine(std::vector<std::string> words) {
+    const cli::Options options = cli::ParseArguments(std::move(words));
+    if (!options.timeoutSeconds) {
+        cli::Gate gate;
+        return Run(options, gate);
+    }
+    return cli::RunWithTimeout(*options.timeoutSeconds, [&](cli::Gate& gate) {
+        return Guarded([&] { return Run(options, gate); });
+    });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // A reader that goes away ends the output, not the program.
+    std::signal(SIGPIPE, SIG_IGN);
+    return Guarded([&] {
+        if (cli::RunsWithLentIdentity()) {
+            throw cli::Failure(
+                "refuses to run set-user-id or set-group-id: everyone could see everyone's "
+                "files; remove the bit and use sudo");
+        }
+        return RunCommandLine({argv + 1, argv + argc});
+    });
+}

@@ -1,0 +1,39 @@
+#ifndef VORN_CLI_RENDER_H
+#define VORN_CLI_RENDER_H
+
+/**
+ * @file
+ * A snapshot in the format that was asked for.
+ */
+
+#include <functional>
+
+#include "options.h"
+#include "output.h"
+#include "snapshot.h"
+#include "table.h"
+#include "terminal.h"
+
+namespace cli {
+
+/** Columns of a table or of CSV: those asked for or the format's own. */
+std::vector<Column> ShownColumns(const Options& options);
+
+/**
+ * The records up to the limit, ready to print.
+ *
+ * @param isNew  gives the table a first column that marks these records with "+"; may be empty
+ */
+Table FileTable(Snapshot& snapshot, const Options& options, const Terminal& terminal,
+                const std::function<bool(const OpenedFile&)>& isNew);
+
+void RenderFiles(Snapshot& snapshot, const Options& options, const Terminal& terminal,
+                 Output& output);
+
+/** The counts of --count-by. */
+void RenderCounts(Snapshot& snapshot, const Options& options, const Terminal& terminal,
+                  Output& output);
+
+}  // namespace cli
+
+#endif

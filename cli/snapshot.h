@@ -1,0 +1,52 @@
+#ifndef VORN_CLI_SNAPSHOT_H
+#define VORN_CLI_SNAPSHOT_H
+
+/**
+ * @file
+ * One enumeration and what is known of it.
+ */
+
+#include <list>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+#include "columns.h"
+#include "options.h"
+
+namespace cli {
+
+/** Why the command ends with status 2; the text is shown as it is. */
+class Failure : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Snapshot {
+    std::list<OpenedFile> files;
+    std::unordered_set<const OpenedFile*> deleted; /**< nodes of files */
+    /** Why processes are missing from the list; empty when it is complete. */
+    std::string incompleteReason;
+
+    bool IsDeleted(const OpenedFile& file) const {
+        return !deleted.empty() && deleted.count(&file) != 0;
+    }
+};
+
+/**
+ * Enumerates, adds times if asked, orders and selects.
+ *
+ * @throws Failure when there is no answer
+ */
+Snapshot TakeSnapshot(const Options& options);
+
+/** What the kernel puts behind the name of a file that has been deleted. */
+constexpr std::string_view kDeletedMark = " (deleted)";
+
+/** A path without the mark, where it ends with one. */
+std::string_view WithoutDeletedMark(std::string_view path);
+
+}  // namespace cli
+
+#endif

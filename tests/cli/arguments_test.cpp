@@ -1,0 +1,159 @@
+#include "arguments.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "usage.h"
+#include "values.h"
+
+namespace {
+
+using cli::Column;
+using cli::Format;
+using cli::Options;
+using Words = std::vector<std::string>;
+
+struct AcceptedCase {
+    Words words;
+    std::function<bool(const Options&)> isAsMeant;
+};
+
+TEST(Arguments, MeanWhatTheySay) {
+    const AcceptedCase kCases[] = {
+        {{}, [](const Options& o) { return o.command == cli::Command::kList; }},
+        {{"list"}, [](const Options& o) { return o.command == cli::Command::kList; }},
+        {{"services"}, [](const Options& o) { return o.command == cli::Command::kServices; }},
+        {{"check", "--json"}, [](const Options& o) { return o.format == Format::kJson; }},
+        {{"--by", "volume"}, [](const Options& o) { return o.by == 1; }},
+        {{"--by=volume"}, [](const Options& o) { return o.by == 1; }},
+        {{"--sort", "pid", "--reverse"},
+         [](const Options& o) { return o.sort == Column::kPid && o.reverse; }},
+        {{"--json"}, [](const Options& o) { return o.format == Format::kJson; }},
+        {{"--json", "--format", "json"},
+         [](const Options& o) { return o.format == Format::kJson; }},
+        {{"--where", "user=a=b"},
+         [](const Options& o) { return o.selection.conditions.at(0).text == "a=b"; }},
+        {{"--match", "path=[x,y]", "--where", "host=-"},
+         [](const Options& o) {
+             return o.selection.conditions.at(1).text == "[x,y]" &&
+                    o.selection.conditions.at(0).text == "-";
+         }},
+        {{"--not-match", "user=bob"},
+         [](const Options& o) {
+             const auto& each = o.selection.conditions.at(0);
+             return each.negated && each.contains;
+         }},
+        {{"--match", "time=2024"}, [](const Options& o) { return o.time; }},
+        {{"--columns", "path,time"},
+         [](const Options& o) {
+             return o.time && o.columns == std::vector<Column>{Column::kPath, Column::kTime};
+         }},
+        {{"/volume1/[a]", "b", "--", "-q", "--"},
+         [](const Options& o) {
+             return o.selection.paths == Words{"/volume1/[a]", "b", "-q", "--"} && !o.quiet;
+         }},
+        {{"--watch"}, [](const Options& o) { return o.watchSeconds == 2; }},
+        {{"--watch", "0.5"}, [](const Options& o) { return o.watchSeconds == 0.5; }},
+        {{"--watch", "/volume1"},
+         [](const Options& o) { return o.watchSeconds == 2 && o.selection.paths.size() == 1; }},
+        {{"--watch=5", "7"},
+         [](const Options& o) { return o.watchSeconds == 5 && o.selection.paths == Words{"7"}; }},
+        {{"--print0", "path"}, [](const Options& o) { return o.print0Column == Column::kPath; }},
+        {{"-q", "--strict"}, [](const Options& o) { return o.quiet && o.strict; }},
+        {{"--limit", "3"}, [](const Options& o) { return o.limit == 3u; }},
+        {{"metrics", "--output", "/a b"}, [](const Options& o) { return o.outputFile == "/a b"; }},
+        {{"--deleted", "only"},
+         [](const Options& o) { return o.selection.deleted == cli::Flagged::kOnly; }},
+    };
+    for (const AcceptedCase& each : kCases) {
+        try {
+            EXPECT_TRUE(each.isAsMeant(cli::ParseArguments(each.words)))
+                << testing::PrintToString(each.words);
+        } catch (const std::exception& error) {
+            ADD_FAILURE() << testing::PrintToString(each.words) << ": " << error.what();
+        }
+    }
+}
+
+struct RefusedCase {
+    Words words;
+    std::string said;
+};
+
+TEST(Arguments, AreRefusedWithAWordOfHelp) {
+    const RefusedCase kCases[] = {
+        {{"--sotr", "pid"}, "did you mean '--sort'"},
+        {{"--wher=user=x"}, "did you mean '--where'"},
+        {{"--sort", "usr"}, "did you mean 'user'"},
+        {{"--sort", "time"}, "it takes: service, pid"},
+        {{"--columns", "path,pth"}, "did you mean 'path'"},
+        {{"--columns", "path,path"}, "twice"},
+        {{"--columns", ""}, "it takes"},
+        {{"--format", "jsnl"}, "did you mean 'jsonl'"},
+        {{"--by", "sharex"}, "did you mean 'share'"},
+        {{"--hidden", "onyl"}, "did you mean 'only'"},
+        {{"--where", "alice"}, "COLUMN=TEXT"},
+        {{"--where", "user="}, "behind the '='"},
+        {{"--where", "hidden=yes"}, "it takes"},
+        {{"--sort"}, "--sort"},
+        {{"--limit", "0"}, "from 1 up"},
+        {{"--limit", "x\n"}, "'x\\n'"},
+        {{"--timeout", "0"}, "seconds"},
+        {{"--timeout", "nan"}, "seconds"},
+        {{"--watch=never"}, "seconds"},
+        {{"--json", "--pids"}, "only one"},
+        {{"--json", "--columns", "path"}, "--columns"},
+        {{"--pids", "--no-header"}, "--no-header"},
+        {{"--pids", "--count-by", "user"}, "--count-by"},
+        {{"--count-by", "user", "--sort", "pid"}, "--sort"},
+        {{"--watch", "--json"}, "jsonl"},
+        {{"--watch", "-q"}, "--quiet"},
+        {{"services", "--sort", "pid"}, "no option '--sort'"},
+        {{"services", "/volume1"}, "takes no PATH"},
+    };
+    for (const RefusedCase& each : kCases) {
+        try {
+            cli::ParseArguments(each.words);
+            ADD_FAILURE() << testing::PrintToString(each.words) << " was accepted";
+        } catch (const cli::UsageError& error) {
+            EXPECT_NE(std::string(error.what()).find(each.said), std::string::npos) << error.what();
+        }
+    }
+}
+
+TEST(Columns, BeginWithThoseOfTheLibrary) {
+    for (const auto& [member, name] : cli::OpenedFile::mapJsonColumn) {
+        EXPECT_EQ(cli::ColumnName(static_cast<Column>(member)), name);
+        EXPECT_EQ(cli::FindColumn(name), static_cast<Column>(member));
+    }
+    EXPECT_FALSE(cli::IsSortable(Column::kTime));
+}
+
+TEST(Help, FitsAScreen) {
+    const std::string_view help = cli::HelpText();
+    const auto lines = std::count(help.begin(), help.end(), '\n');
+    EXPECT_GE(lines, 24);
+    EXPECT_LE(lines, 50);
+    for (size_t begin = 0; begin < help.size();) {
+        const size_t end = help.find('\n', begin);
+        EXPECT_LE(end - begin, 80u) << help.substr(begin, end - begin);
+        begin = end + 1;
+    }
+}
+
+TEST(Help, NamesEveryOptionAndColumn) {
+    const std::string_view help = cli::HelpText();
+    for (const auto command : {cli::Command::kList, cli::Command::kServices, cli::Command::kCheck,
+                               cli::Command::kMetrics}) {
+        for (const std::string& name : cli::OptionNames(command)) {
+            EXPECT_NE(help.find(name), std::string_view::npos) << name;
+        }
+    }
+    for (const std::string& name : cli::ColumnNames()) {
+        EXPECT_NE(help.find(name), std::string_view::npos) << name;
+    }
+}
+
+}  // namespace
