@@ -4,6 +4,10 @@ namespace {
 thread_local int lastError = 0;
 }
 
-void KLIBCErrSetEx(int code, const char* /*source*/, int /*line*/) { lastError = code; }
+void KLIBCErrSetEx(int code, const char* /*source*/, int /*line*/) {
+    lastError = code;
+}
 
-int KLIBCErrGet(void) { return lastError; }
+int KLIBCErrGet(void) {
+    return lastError;
+}

@@ -1,0 +1,162 @@
+#!/usr/bin/env bash
+# Everything that must hold before a change goes in, in phases; the first that fails ends the run.
+#
+#   scripts/test.sh [PHASE...]
+#
+#   install   the packages that the project needs (scripts/install-deps.sh)
+#   shell     shellcheck over every script
+#   format    clang-format over every source
+#   build     release build, warnings are errors
+#   test      all tests: unit, platform, cli, package, e2e
+#   tidy      clang-tidy over library, stand-in and command
+#   asan      unit, platform and cli tests under AddressSanitizer and UndefinedBehaviorSanitizer
+#   valgrind  unit tests under memcheck
+#   coverage  lines of src/ that the unit tests reach (only when asked for)
+#
+# Run as root, no test may be skipped: what a test misses, "install" has to bring.
+set -euo pipefail
+
+cd "$(dirname "$(realpath "$0")")/.."
+jobs=$(nproc)
+skipped=0
+
+# --- Phases --------------------------------------------------------------------------------------
+
+phase_install() {
+    scripts/install-deps.sh
+}
+
+phase_shell() {
+    list_files | while IFS= read -r file; do
+        [[ $file == *.sh ]] || head -n 1 "$file" | grep -qE '^#!.*\b(ba)?sh$' || continue
+        printf '%s\0' "$file"
+    done | xargs -0 shellcheck --external-sources
+}
+
+phase_format() {
+    list_files '*.h' '*.cpp' '*.c' | xargs -d '\n' clang-format --dry-run --Werror
+}
+
+phase_build() {
+    quietly cmake --preset release -DVORN_BUILD_TESTS=ON -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
+    quietly cmake --build --preset release
+}
+
+phase_test() {
+    run_tests release .
+}
+
+phase_tidy() {
+    list_files 'src/*.cpp' 'platform/linux/*.cpp' 'cli/*.cpp' |
+        quietly xargs -d '\n' -P "$jobs" -n 1 clang-tidy --quiet -p build/release
+}
+
+phase_asan() {
+    quietly cmake --preset asan -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
+    quietly cmake --build --preset asan
+    local folder
+    for folder in unit platform cli; do
+        run_tests asan "tests/$folder"
+    done
+}
+
+phase_valgrind() {
+    quietly valgrind --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite,indirect \
+        --child-silent-after-fork=yes build/release/bin/vornfilehandle_unit
+}
+
+phase_coverage() {
+    quietly cmake --preset coverage
+    quietly cmake --build --preset coverage --target vornfilehandle_unit
+    find build/coverage -name '*.gcda' -delete
+    quietly build/coverage/bin/vornfilehandle_unit
+    gcovr --root . --filter 'src/' --object-directory build/coverage \
+        --exclude-throw-branches --fail-under-line 100
+}
+
+# --- What they are made of -----------------------------------------------------------------------
+
+# Sources of this folder, whether in git already or not, but nothing that was built.
+list_files() { # [PATTERN...]
+    git ls-files --cached --others --exclude-standard -- "$@" | while IFS= read -r file; do
+        [[ ! -f $file ]] || printf '%s\n' "$file"
+    done
+}
+
+# Shows a command's output only when it fails.
+quietly() { # COMMAND [ARG...]
+    local log status=0
+    log=$(mktemp)
+    "$@" >"$log" 2>&1 || status=$?
+    [[ $status -eq 0 ]] || cat "$log" >&2
+    rm -f "$log"
+    return "$status"
+}
+
+run_tests() { # PRESET FOLDER
+    local folder=build/$1/$2 results=$PWD/build/$1/results.xml
+    (cd "$folder" && [[ $(ctest --show-only | tail -n 1) != 'Total Tests: 0' ]]) || return 0
+    quietly ctest --test-dir "$folder" --parallel "$jobs" --output-on-failure --no-tests=error \
+        --output-junit "$results"
+    report_results "$1 $2" "$results"
+}
+
+# Counts results and names each test that did not run, with the reason that it printed.
+report_results() { # NAME RESULTS
+    local skips
+    skips=$(/usr/bin/python3 - "$1" "$2" <<'END'
+import sys
+import xml.etree.ElementTree as tree
+
+name, results = sys.argv[1:]
+cases = tree.parse(results).getroot().findall("testcase")
+skips = [case for case in cases if case.get("status") != "run"]
+print(f"{name}: {len(cases) - len(skips)} passed, {len(skips)} skipped", file=sys.stderr)
+for case in skips:
+    output = (case.findtext("system-out") or "").strip()
+    print(f"  skipped {case.get('name')}: {output}", file=sys.stderr)
+print(len(skips))
+END
+    )
+    skipped=$((skipped + skips))
+}
+
+run_phase() { # NAME
+    local started=$SECONDS status=0
+    echo "== $1"
+    # Not "phase || ...": that would switch off "set -e" inside the phase.
+    set +e
+    (
+        set -e
+        "phase_$1"
+        echo "$skipped" >"$counter"
+    )
+    status=$?
+    set -e
+    if [[ $status -ne 0 ]]; then
+        echo "== $1 FAILED after $((SECONDS - started)) s" >&2
+        exit 1
+    fi
+    skipped=$(<"$counter")
+    echo "== $1 passed, $((SECONDS - started)) s"
+}
+
+for phase in "$@"; do
+    if ! declare -F "phase_$phase" >/dev/null; then
+        echo "test: no phase named '$phase'" >&2
+        exit 2
+    fi
+done
+[[ $# -gt 0 ]] || set -- install shell format build test tidy asan valgrind
+
+counter=$(mktemp)
+trap 'rm -f "$counter"' EXIT
+for phase in "$@"; do
+    run_phase "$phase"
+done
+
+echo "All phases passed in $SECONDS s, tests skipped: $skipped"
+if [[ $EUID -eq 0 && $skipped -gt 0 ]]; then
+    echo "test: root on Debian 12 must skip nothing" >&2
+    exit 1
+fi

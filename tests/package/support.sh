@@ -1,0 +1,40 @@
+# shellcheck shell=bash
+# For the scripts beside this one: what they share.
+set -euo pipefail
+
+fail() {
+    echo "FAILED: $1" >&2
+    exit 1
+}
+
+# Goes on in a sample host, where /usr is private. Needs root.
+enter_sample_host() { # ARG...
+    [[ -z ${VORN_SAMPLE_HOST-} ]] || return 0
+    if [[ $EUID -ne 0 ]]; then
+        echo "skipped: a sample host needs root"
+        exit 77
+    fi
+    exec "$(dirname "$0")/../../scripts/sample-host.sh" "$0" "$@"
+}
+
+install_build() { # PREFIX, after BUILD and CONSUMER were set
+    cmake --install "$BUILD" --prefix "$1" >/dev/null
+    # Outside of the tree, so that nothing of the tree is found by chance.
+    cp -r "$(dirname "$0")/consumer" /tmp/consumer
+}
+
+# Runs "$1" while a process holds a file on a volume, which it has to list.
+expect_lists_open_file() { # PROGRAM
+    echo sample >/volume1/held
+    sleep infinity 7</volume1/held &
+    local holder=$! shown
+    shown=$("$1")
+    kill "$holder"
+    grep -qE "^$holder .+ /volume1/held\$" <<<"$shown" || fail "$1 printed: $shown"
+}
+
+expect_own_operation_wins() { # PROGRAM
+    local shown
+    shown=$("$1")
+    [[ $shown == $'asked for /volume1/no/such/folder\nfolder: 1' ]] || fail "$1 printed: $shown"
+}
