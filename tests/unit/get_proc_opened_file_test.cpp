@@ -8,8 +8,6 @@ using ::testing::IsEmpty;
 using unit::Files;
 using unit::ScriptedPlatform;
 
-using VolumeTest = unit::LibraryTest;
-
 namespace {
 
 const char* const kSource = "filehandle_get_proc_opened_file";
@@ -264,61 +262,4 @@ TEST_F(Scan, LetsTheRangeErrorOfABareVolumeNameOut) {
     AddProcess("7", {{"3", "/volume1/a"}, {"4", "/volume"}, {"5", "/volume1/c"}});
     EXPECT_THROW(Run(), std::out_of_range);
     EXPECT_THAT(unit::Shown(files), ElementsAre("7 /volume1/a"));
-}
-
-TEST_F(VolumeTest, TellsPathsUnderAVolume) {
-    const struct {
-        const char* path;
-        bool isUnder;
-    } cases[] = {
-        {"/volume1/share/a.txt", true},
-        {"/volume1/", true},
-        {"/volume1", false},
-        {"/volume12", false},
-        {"/volume12/x", true},
-        {"/volumeUSB1/usbshare/f", true},
-        {"/volume/x", false},
-        {"/volume//x", true},
-        {"/volume//", true},
-        {"/volume/", false},
-        {"/volume/x/y", true},
-        {"/volumes", false},
-        {"/Volume1/a", false},
-        {"/VOLUME1/a", false},
-        {"/tmp/volume1/a", false},
-        {"/volum", false},
-        {"", false},
-        {"/", false},
-        {"volume1/a", false},
-        {"/volumX1/a", false},
-        {"/volumX", false},
-    };
-    for (const auto& test : cases) {
-        EXPECT_EQ(PathBeginWithVolume(test.path), test.isUnder) << test.path;
-    }
-}
-
-TEST_F(VolumeTest, ThrowsForTheBareName) {
-    EXPECT_THROW(PathBeginWithVolume("/volume"), std::out_of_range);
-    try {
-        PathBeginWithVolume("/volume");
-    } catch (const std::out_of_range& error) {
-        EXPECT_THAT(error.what(), ::testing::HasSubstr("basic_string::substr"));
-    }
-}
-
-TEST_F(VolumeTest, TellsNumericalNames) {
-    const struct {
-        const char* name;
-        bool isNumerical;
-    } cases[] = {
-        {"1", true},     {"1234", true},  {"-3", true},  {"+3", true},
-        {"12abc", true}, {"  7", true},   {"007", true}, {"99999999999999999999", true},
-        {"0", false},    {"00", false},   {"-0", false}, {"", false},
-        {"abc", false},  {"self", false}, {"x1", false}, {"0x10", false},
-        {" ", false},
-    };
-    for (const auto& test : cases) {
-        EXPECT_EQ(IsNumericalDir(test.name), test.isNumerical) << test.name;
-    }
 }

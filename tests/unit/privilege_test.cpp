@@ -1,26 +1,16 @@
-#include <grp.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <stdexcept>
 
-#include "support/pipeline_test.h"
+#include "support/privilege_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
+using namespace unit::identity_calls;
+
+using Privilege = unit::PrivilegeTest;
 
 namespace {
-
-const char* const kSource = "filehandle_enum";
-constexpr int kAuthError = 35;
-
-constexpr char kRaiseGroup[] = "setresgid(-1, 0, -1)";
-constexpr char kRaiseUser[] = "setresuid(-1, 0, -1)";
-constexpr char kEnumerate[] = "VORNShareEnum(list 4, 0x7F0F)";
-constexpr char kRestoreGroup[] = "setresgid(-1, 100, -1)";
-constexpr char kRestoreUser[] = "setresuid(-1, 1000, -1)";
 
 struct Case {
     const char* name;
@@ -144,60 +134,7 @@ const Case kCases[] = {
      0},
 };
 
-class Privilege : public unit::PipelineTest {
-protected:
-    void BeIdentity(uid_t user, gid_t group, const std::vector<int>& failures = {}) {
-        libc.identities = {user, group, {}, 0};
-        for (int call : failures) {
-            libc.identities->failures[call] = EINVAL;
-        }
-    }
-    std::vector<std::string> IdentityCalls() const {
-        return journal.CallsOf({"setresgid", "setresuid", "VORNShareEnum"});
-    }
-    ::testing::AssertionResult EnterLogged() {
-        return Logged(kAuthError, "%s:%d ERROR: ENTERCriticalSection", kSource, 67);
-    }
-    ::testing::AssertionResult LeaveLogged() {
-        return Logged(kAuthError, "%s:%d ERROR: LEAVECriticalSection", kSource, 69);
-    }
-};
-
-class PrivilegeSequence : public Privilege, public ::testing::WithParamInterface<Case> {};
-
-/** Real, effective and saved id. */
-template <typename Id>
-std::vector<Id> Ids(int (*get)(Id*, Id*, Id*)) {
-    std::vector<Id> ids(3);
-    get(&ids[0], &ids[1], &ids[2]);
-    return ids;
-}
-
-/** The same with real identities, in child processes. */
-class RealPrivilege : public Privilege {
-protected:
-    void SetUp() override {
-        if (getuid() != 0) {
-            GTEST_SKIP() << "needs root, to become other users";
-        }
-        Privilege::SetUp();
-        journal.onCall = [this](const std::string& call) {
-            if (call == kEnumerate) {
-                userInside = Ids(&getresuid)[1];
-                groupInside = Ids(&getresgid)[1];
-            }
-        };
-    }
-    void Become(uid_t user, gid_t group, uid_t savedUser, gid_t savedGroup) {
-        ASSERT_EQ(setgroups(0, nullptr), 0);
-        ASSERT_EQ(setresgid(group, group, savedGroup), 0);
-        ASSERT_EQ(setresuid(user, user, savedUser), 0);
-        journal.Clear();
-    }
-
-    uid_t userInside = 4711;
-    gid_t groupInside = 4711;
-};
+class PrivilegeSequence : public unit::PrivilegeTest, public ::testing::WithParamInterface<Case> {};
 
 }  // namespace
 
@@ -240,7 +177,8 @@ TEST_P(PrivilegeSequence, GivesThePipelinesFailureBack) {
                        "filehandle_filter_path", 72, unit::ScriptedPlatform::kShareEnumError));
     EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to get share path list, vornerr=[0x%04X]",
                        "filehandle_filter_path", 139, unit::ScriptedPlatform::kShareEnumError));
-    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to filter path for file handle", kSource, 29));
+    EXPECT_TRUE(
+        Logged(LOG_ERR, "%s:%d Failed to filter path for file handle", "filehandle_enum", 29));
     if (test.leaveFails) {
         EXPECT_TRUE(LeaveLogged());
     }
@@ -287,7 +225,8 @@ TEST_F(Privilege, PassesTheOptionOn) {
     EXPECT_EQ(VORNEnumOpenedFile(files, 2), -1);
     EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to filter path. wrong [enumby] option",
                        "filehandle_filter_path", 148));
-    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to filter path for file handle", kSource, 29));
+    EXPECT_TRUE(
+        Logged(LOG_ERR, "%s:%d Failed to filter path for file handle", "filehandle_enum", 29));
 }
 
 TEST_F(Privilege, StaysRaisedWhenAnExceptionPasses) {
@@ -298,61 +237,4 @@ TEST_F(Privilege, StaysRaisedWhenAnExceptionPasses) {
     EXPECT_EQ(libc.identities->user, 0U);
     EXPECT_EQ(libc.identities->group, 0U);
     EXPECT_THAT(unit::Shown(files), ElementsAre("9 /volume1/photo/b"));
-}
-
-TEST_F(RealPrivilege, IsRaisedAndRestoredForACallerWhoMayBecomeRoot) {
-    unit::RunInChild([this] {
-        Become(1000, 100, 0, 0);
-        EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
-        EXPECT_EQ(errno, 0);
-        EXPECT_EQ(files.size(), 4U);
-        EXPECT_EQ(userInside, 0U);
-        EXPECT_EQ(groupInside, 0U);
-        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 1000, 0));
-        EXPECT_THAT(Ids(&getresgid), ElementsAre(100, 100, 0));
-    });
-}
-
-TEST_F(RealPrivilege, IsNotRaisedForACallerWithoutAnyRight) {
-    unit::RunInChild([this] {
-        Become(1000, 100, 1000, 100);
-        EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
-        EXPECT_EQ(errno, 0);
-        EXPECT_TRUE(EnterLogged());
-        EXPECT_THAT(IdentityCalls(), ElementsAre(kRaiseGroup, kEnumerate));
-        EXPECT_EQ(files.size(), 4U);
-        EXPECT_EQ(userInside, 1000U);
-        EXPECT_EQ(groupInside, 100U);
-        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 1000, 1000));
-        EXPECT_THAT(Ids(&getresgid), ElementsAre(100, 100, 100));
-    });
-}
-
-TEST_F(RealPrivilege, IsRaisedInUserAloneForACallerOfTheRootGroup) {
-    unit::RunInChild([this] {
-        Become(1000, 0, 0, 0);
-        EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
-        EXPECT_EQ(errno, 0);
-        EXPECT_EQ(userInside, 0U);
-        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 1000, 0));
-    });
-}
-
-TEST_F(RealPrivilege, NeedsNoCallForRoot) {
-    unit::RunInChild([this] {
-        Become(0, 0, 0, 0);
-        EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
-        EXPECT_EQ(errno, 0);
-        EXPECT_THAT(IdentityCalls(), ElementsAre(kEnumerate));
-    });
-}
-
-TEST_F(RealPrivilege, StaysRaisedWhenAnExceptionPasses) {
-    libc.links["/proc/9/fd/4"] = "/volume";
-    unit::RunInChild([this] {
-        Become(1000, 100, 0, 0);
-        EXPECT_THROW(VORNEnumOpenedFile(files, ENUM_BY_SHARE), std::out_of_range);
-        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 0, 0));
-        EXPECT_THAT(Ids(&getresgid), ElementsAre(100, 0, 0));
-    });
 }

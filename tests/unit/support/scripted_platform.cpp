@@ -115,7 +115,7 @@ int VORNShareGet(const char* name, VORN_SHARE** share) {
             platform.sharePath = scripted.path;
             platform.shareRecord.szPath = platform.sharePath.c_str();
             *share = &platform.shareRecord;
-            return 0;
+            return platform.sharesGiven++;
         }
     }
     return Fail(ScriptedPlatform::kShareGetError);

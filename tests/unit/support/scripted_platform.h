@@ -106,6 +106,7 @@ struct ScriptedPlatform {
     int pushCalls = 0;
     std::map<const void*, std::string> live;
     std::vector<VORN_MOUNT_VOL_INFO> volumeChain;
+    int sharesGiven = 0; /**< also the result of a look-up: any that isn't negative is success */
     VORN_SHARE shareRecord = {};
     std::string sharePath;
 };
