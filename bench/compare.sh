@@ -15,7 +15,7 @@ cmake --preset release >/dev/null
 cmake --build --preset release
 
 if (($# == 0)); then
-    set -- 40 250 200 250 200 1000 50 10000 50 20000
+    set -- 40 250 200 250 200 1000 50 10000 64 15625
 fi
 mkdir -p docs/performance
 while (($# > 0)); do

@@ -62,9 +62,9 @@ def call_against_walk(bench):
     with bench.populated(200, 250), process_table.clients(20):
         at_most("library call, 200 x 250 descriptors, in bare walks", 1.25,
                 bench.ratio(bench.library(), bench.bare_walk()))
-    with bench.populated(50, 20000), process_table.clients(20):
+    with bench.populated(64, 15625), process_table.clients(20):
         library = bench.library()
-        at_most("library call, 50 x 20,000 descriptors, in bare walks", 1.5,
+        at_most("library call, 64 x 15,625 descriptors, in bare walks", 1.5,
                 bench.ratio(library, bench.bare_walk()))
         million = library.median() / 1e6
         row("memory", "at most 400 bytes a record beside its texts",

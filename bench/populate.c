@@ -67,6 +67,17 @@ static void Enter(const char* group) {
     }
 }
 
+/* The hard limit is raised only where it is too low, as that takes a right of its own. */
+static void RaiseDescriptorLimit(rlim_t wanted) {
+    struct rlimit limit;
+    Check(getrlimit(RLIMIT_NOFILE, &limit), "RLIMIT_NOFILE");
+    limit.rlim_cur = wanted;
+    if (limit.rlim_max < wanted) {
+        limit.rlim_max = wanted;
+    }
+    Check(setrlimit(RLIMIT_NOFILE, &limit), "RLIMIT_NOFILE (see ulimit -Hn and fs.nr_open)");
+}
+
 int main(int argc, char** argv) {
     if (argc < 5) {
         fprintf(stderr, "usage: populate PROCESSES DESCRIPTORS OUTSIDE FOLDER [GROUP...]\n");
@@ -76,8 +87,7 @@ int main(int argc, char** argv) {
     const int descriptors = atoi(argv[2]);
     char** groups = argv + 5;
     const int groupCount = argc - 5;
-    struct rlimit limit = {(rlim_t)descriptors + 64, (rlim_t)descriptors + 64};
-    Check(setrlimit(RLIMIT_NOFILE, &limit), "RLIMIT_NOFILE (see fs.nr_open)");
+    RaiseDescriptorLimit((rlim_t)descriptors + 64);
 
     int ready[2];
     Check(pipe(ready), "pipe");
