@@ -26,8 +26,10 @@ install_build() { # PREFIX, after BUILD and CONSUMER were set
 # Runs "$1" while a process holds a file on a volume, which it has to list.
 expect_lists_open_file() { # PROGRAM
     echo sample >/volume1/held
-    sleep infinity 7</volume1/held &
+    exec 7</volume1/held # before the process exists, so that there is nothing to wait for
+    sleep infinity &
     local holder=$! shown
+    exec 7<&-
     shown=$("$1")
     kill "$holder"
     grep -qE "^$holder .+ /volume1/held\$" <<<"$shown" || fail "$1 printed: $shown"
