@@ -3,28 +3,14 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
 #include <cerrno>
 
-#include "vorn/platform/error.h"
+#include "support/fault.h"
+#include "support/fd.h"
 
 namespace vornplatform {
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : fd_(fd) {}
-    ~Descriptor() {
-        if (fd_ >= 0) {
-            close(fd_);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int Get() const { return fd_; }
-
-private:
-    int fd_;
-};
 
 // Reads on to the end of the file, not to its size: the file may grow or shrink meanwhile.
 int ReadToEnd(int fd, std::size_t expected, std::string& text) {
@@ -42,7 +28,7 @@ int ReadToEnd(int fd, std::size_t expected, std::string& text) {
         if (count > 0) {
             used += static_cast<std::size_t>(count);
         } else if (errno != EINTR) {
-            return KLIBC_ERR_RESOURCE;
+            return CodeOfErrno(errno);
         }
     }
     return KLIBC_ERR_BAD_PARAM;
@@ -51,13 +37,10 @@ int ReadToEnd(int fd, std::size_t expected, std::string& text) {
 }  // namespace
 
 int ReadTextFile(const char* path, std::string& text) {
-    const Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (file.Get() < 0) {
-        return errno == ENOENT || errno == ENOTDIR ? KLIBC_ERR_NOT_FOUND : KLIBC_ERR_RESOURCE;
-    }
+    const Fd file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
-    if (fstat(file.Get(), &status) != 0) {
-        return KLIBC_ERR_RESOURCE;
+    if (!file || fstat(file.Get(), &status) != 0) {
+        return CodeOfErrno(errno);
     }
     const auto size = static_cast<std::size_t>(status.st_size);
     if (!S_ISREG(status.st_mode) || size > kTextFileLimit) {

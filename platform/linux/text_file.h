@@ -17,9 +17,9 @@ constexpr std::size_t kTextFileLimit = std::size_t{1} << 20;
 /**
  * Reads a whole text file. Never waits: a FIFO, a device or a folder is refused without being read.
  *
- * @return 0, or an error code of the platform, which is not set: no such file is
- *         KLIBC_ERR_NOT_FOUND, one that can't be read KLIBC_ERR_RESOURCE, and what is no text
- *         file, too large or contains a zero byte KLIBC_ERR_BAD_PARAM
+ * @return 0, or an error code of the platform, which is not set: that of the system call that
+ *         failed, or KLIBC_ERR_BAD_PARAM for what is no regular file, too large or contains a zero
+ *         byte
  */
 int ReadTextFile(const char* path, std::string& text);
 

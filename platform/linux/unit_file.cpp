@@ -2,8 +2,8 @@
 #include <string>
 
 #include "ini_text.h"
+#include "support/fault.h"
 #include "text_file.h"
-#include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
 
 namespace {
@@ -49,9 +49,5 @@ int GetSectionValue(const char* path, const char* section, const char* key, char
 int KLIBCFileGetSectionValue(const char* path, const char* section, const char* key, char* buffer,
                              int size) {
     const int error = GetSectionValue(path, section, key, buffer, size);
-    if (error == 0) {
-        return 0;
-    }
-    KLIBCErrSetEx(error, "unit_file", __LINE__);
-    return -1;
+    return error == 0 ? 0 : vornplatform::Fail(error, "unit_file", __LINE__);
 }
