@@ -3,7 +3,7 @@
 #
 #   scripts/install-deps.sh [GROUP...]
 #
-# Groups: build, run, test, e2e, bench. Without a group: all but bench.
+# Groups: build, run, test, e2e, bench. Without a group: all.
 #
 # Needs root or sudo when something is missing, nothing otherwise: a second run touches neither
 # network nor disk. Servers that the end-to-end tests start for themselves are installed, but not
@@ -129,7 +129,7 @@ apt_get() {
         apt-get --quiet --yes -o DPkg::Lock::Timeout=600 "$@"
 }
 
-[[ $# -gt 0 ]] || set -- build run test e2e
+[[ $# -gt 0 ]] || set -- "${!packages[@]}"
 listed=$(packages_of "$@")
 mapfile -t wanted < <(missing <<<"$listed")
 if [[ ${#wanted[@]} -eq 0 ]]; then
