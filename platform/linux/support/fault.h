@@ -17,6 +17,18 @@ int Fail(int code, const char* source, int line);
 /** The same for an errno value. */
 int FailErrno(int error, const char* source, int line);
 
+/** Puts the thread's error code back at the end of steps whose failures fail nobody. */
+class KeepErrorCode {
+public:
+    KeepErrorCode() : code_(KLIBCErrGet()) {}
+    ~KeepErrorCode() { KLIBCErrSetEx(code_, "", 0); }
+    KeepErrorCode(const KeepErrorCode&) = delete;
+    KeepErrorCode& operator=(const KeepErrorCode&) = delete;
+
+private:
+    int code_;
+};
+
 /** Makes bytes from outside fit for a log line: printable ASCII, at most 256 bytes of them. */
 std::string Escape(std::string_view bytes);
 

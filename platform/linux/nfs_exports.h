@@ -1,0 +1,19 @@
+#ifndef VORNPLATFORM_NFS_EXPORTS_H
+#define VORNPLATFORM_NFS_EXPORTS_H
+
+#include <string_view>
+#include <vector>
+
+#include "share_table.h"
+
+namespace vornplatform {
+
+/**
+ * The folders on volumes that a text in the form of exports(5) exports, named by the last element
+ * of their path. Understands comments, continued lines, quotes and octal escapes.
+ */
+std::vector<Share> ParseExports(std::string_view text);
+
+}  // namespace vornplatform
+
+#endif
