@@ -1,0 +1,129 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <string>
+
+#include "support/run_program.h"
+
+namespace {
+
+using vornplatform::ProgramEnd;
+using vornplatform::ProgramLimits;
+using vornplatform::ProgramResult;
+
+constexpr ProgramLimits kRoomy = {std::chrono::seconds(60), 1000000};
+
+ProgramResult Shell(const std::string& script, const ProgramLimits& limits = kRoomy) {
+    return vornplatform::RunProgram({"/bin/sh", "-c", script}, limits);
+}
+
+void ExpectNoChildLeft() {
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+}  // namespace
+
+TEST(RunProgram, ReturnsOutputAndStatus) {
+    const struct {
+        const char* script;
+        ProgramEnd end;
+        int status;
+        bool succeeded;
+        const char* output;
+    } rows[] = {
+        {"echo out; echo err >&2", ProgramEnd::kExited, 0, true, "out\n"},
+        {"printf part; exit 3", ProgramEnd::kExited, 3, false, "part"},
+        {"kill -TERM $$", ProgramEnd::kSignalled, SIGTERM, false, ""},
+        {"cat; pwd", ProgramEnd::kExited, 0, true, "/\n"},
+        {"exec >&-; exit 4", ProgramEnd::kExited, 4, false, ""},
+    };
+    for (const auto& row : rows) {
+        const ProgramResult result = Shell(row.script);
+        EXPECT_EQ(result.end, row.end) << row.script;
+        EXPECT_EQ(result.status, row.status) << row.script;
+        EXPECT_EQ(result.Succeeded(), row.succeeded) << row.script;
+        EXPECT_EQ(result.output, row.output) << row.script;
+        ExpectNoChildLeft();
+    }
+}
+
+TEST(RunProgram, GivesAnEnvironmentOfItsOwn) {
+    ASSERT_EQ(setenv("VORN_TEST_SECRET", "x", 1), 0);
+    EXPECT_EQ(vornplatform::RunProgram({"/usr/bin/env"}, kRoomy).output, "LC_ALL=C\n");
+}
+
+TEST(RunProgram, PassesNoOtherDescriptor) {
+    const int open = dup2(1, 77);
+    ASSERT_EQ(open, 77);
+    EXPECT_EQ(Shell("[ -e /proc/self/fd/77 ] || echo closed").output, "closed\n");
+    close(open);
+}
+
+TEST(RunProgram, StopsAtTheTimeLimitAlsoWhatTheProgramStarted) {
+    const ProgramResult result =
+        Shell("echo begun; sleep 1000 & sleep 1000", {std::chrono::milliseconds(300), 100});
+    EXPECT_EQ(result.end, ProgramEnd::kTimeLimit);
+    EXPECT_EQ(result.output, "begun\n");
+    EXPECT_FALSE(result.Succeeded());
+    ExpectNoChildLeft();
+}
+
+TEST(RunProgram, StopsAtTheOutputLimit) {
+    const ProgramResult endless = Shell("yes", {std::chrono::seconds(60), 1001});
+    EXPECT_EQ(endless.end, ProgramEnd::kOutputLimit);
+    EXPECT_EQ(endless.output.size(), 1001U);
+    EXPECT_EQ(Shell("printf 1234", {std::chrono::seconds(60), 4}).end, ProgramEnd::kExited);
+    EXPECT_EQ(Shell("printf 12345", {std::chrono::seconds(60), 4}).end, ProgramEnd::kOutputLimit);
+    ExpectNoChildLeft();
+}
+
+TEST(RunProgram, WaitsForNoGrandchildThatHoldsThePipe) {
+    const ProgramResult result = Shell("sleep 1000 & echo $!");
+    EXPECT_EQ(result.end, ProgramEnd::kExited);
+    const pid_t grandchild = std::stoi(result.output);
+    // Killed with the group; init or a subreaper collects it when it gets to it.
+    const std::string stat = Shell("cat /proc/" + std::to_string(grandchild) + "/stat").output;
+    EXPECT_TRUE(stat.empty() || stat.find(") Z ") != std::string::npos ||
+                stat.find(") X ") != std::string::npos)
+        << stat;
+}
+
+TEST(RunProgram, SaysThatAProgramIsMissing) {
+    const ProgramResult result = vornplatform::RunProgram({"/nowhere/program"}, kRoomy);
+    EXPECT_EQ(result.end, ProgramEnd::kNotStarted);
+    EXPECT_EQ(result.status, ENOENT);
+    EXPECT_FALSE(result.Succeeded());
+    ExpectNoChildLeft();
+}
+
+TEST(RunProgram, WorksInAHostThatIgnoresItsChildren) {
+    struct sigaction ignore = {};
+    struct sigaction before;
+    ignore.sa_handler = SIG_IGN;
+    ASSERT_EQ(sigaction(SIGCHLD, &ignore, &before), 0);
+    const ProgramResult result = Shell("echo out");
+    struct sigaction after;
+    ASSERT_EQ(sigaction(SIGCHLD, &before, &after), 0);
+    EXPECT_EQ(result.end, ProgramEnd::kUnknown);
+    EXPECT_TRUE(result.Succeeded());
+    EXPECT_EQ(result.output, "out\n");
+    EXPECT_EQ(after.sa_handler, SIG_IGN);
+}
+
+TEST(RunProgram, WorksInAHostWithoutStandardDescriptors) {
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        for (const int fd : {0, 1, 2})
+            close(fd);
+        _exit(Shell("cat; echo out").output == "out\n" ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}

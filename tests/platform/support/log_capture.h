@@ -1,0 +1,10 @@
+#ifndef VORNPLATFORM_TESTS_LOG_CAPTURE_H
+#define VORNPLATFORM_TESTS_LOG_CAPTURE_H
+
+#include <string>
+#include <vector>
+
+/** What this process has sent to the system log; the tests' own syslog keeps it. */
+std::vector<std::string>& LoggedLines();
+
+#endif
