@@ -52,6 +52,7 @@ packages[test]='
     mandoc
     python3
     python3-jsonschema
+    samba-common-bin
     shellcheck
     systemd
     valgrind

@@ -27,10 +27,11 @@ TEST(HiddenDirectories, AreBuiltInWithoutAListOfTheAdministrator) {
     InPrivateRoot([] {
         StringList list;
         list.Push("old");
-        EXPECT_EQ(VORNEAHiddenDirGet(list.Address()), list.Get()->nItem - 1);
-        for (const char* name : {"old", "/lost+found", "/.snapshot", "/.snapshots", "/.zfs",
-                                 "/.recycle", "/.Trash-", "/.AppleDouble", "/.AppleDB",
-                                 "/.TemporaryItems"})
+        const int count = VORNEAHiddenDirGet(list.Address());
+        EXPECT_EQ(count, list.Get()->nItem - 1);
+        for (const char* name :
+             {"old", "/lost+found", "/.snapshot", "/.snapshots", "/.zfs", "/.recycle", "/.Trash-",
+              "/.AppleDouble", "/.AppleDB", "/.TemporaryItems"})
             EXPECT_THAT(list.Texts(), Contains(name));
         EXPECT_THAT(list.Texts(), testing::Not(Contains("")));
     });

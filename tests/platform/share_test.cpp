@@ -60,9 +60,9 @@ long Runs() {
     return stat("/tmp/runs", &info) == 0 ? static_cast<long>(info.st_size) : 0;
 }
 
-#define SKIP_WITHOUT_SAMBA()           \
-    SKIP_WITHOUT_MOUNTS();             \
-    if (access(kTestparm, X_OK) != 0)  \
+#define SKIP_WITHOUT_SAMBA()          \
+    SKIP_WITHOUT_MOUNTS();            \
+    if (access(kTestparm, X_OK) != 0) \
     GTEST_SKIP() << "needs testparm (package samba-common-bin)"
 
 }  // namespace
@@ -70,14 +70,22 @@ long Runs() {
 TEST(SharePath, IsNormalAndOnAVolume) {
     const std::string longest = "/volume1/" + std::string(4086, 'a');
     const std::pair<std::string, std::string> rows[] = {
-        {"/volume1/photo", "/volume1/photo"}, {"/volume1/photo//", "/volume1/photo"},
-        {"/volume1/", "/volume1"},            {"/volume1", "/volume1"},
-        {"//volume1//a/./b/", "/volume1/a/b"}, {"/volume1/../etc", ""},
-        {"/mnt/../volume1/a", "/volume1/a"},  {"/volume", ""},
-        {"/volume/a", ""},                    {"volume1/a", ""},
-        {"/srv/a", ""},                       {"", ""},
-        {"/volume1/%U", ""},                  {std::string("/volume1/a\0b", 12), ""},
-        {longest, longest},                   {longest + "a", ""},
+        {"/volume1/photo", "/volume1/photo"},
+        {"/volume1/photo//", "/volume1/photo"},
+        {"/volume1/", "/volume1"},
+        {"/volume1", "/volume1"},
+        {"//volume1//a/./b/", "/volume1/a/b"},
+        {"/volume1/../etc", ""},
+        {"/mnt/../volume1/a", "/volume1/a"},
+        {"/volume", ""},
+        {"/volume/a", ""},
+        {"volume1/a", ""},
+        {"/srv/a", ""},
+        {"", ""},
+        {"/volume1/%U", ""},
+        {std::string("/volume1/a\0b", 12), ""},
+        {longest, longest},
+        {longest + "a", ""},
     };
     for (const auto& [path, expected] : rows)
         EXPECT_EQ(vornplatform::SharePath(path), expected) << path;
@@ -85,9 +93,8 @@ TEST(SharePath, IsNormalAndOnAVolume) {
 
 TEST(ShareTable, KeepsBothSharesOfOneNameUnderDistinctNames) {
     const vornplatform::ShareTable table({{"a", "/1"}, {"a", "/2"}, {"a (2)", "/3"}, {"a", "/4"}});
-    EXPECT_THAT(ToPairs(table.Shares()),
-                ElementsAre(Pair("a", "/1"), Pair("a (2)", "/2"), Pair("a (2) (2)", "/3"),
-                            Pair("a (3)", "/4")));
+    EXPECT_THAT(ToPairs(table.Shares()), ElementsAre(Pair("a", "/1"), Pair("a (2)", "/2"),
+                                                     Pair("a (2) (2)", "/3"), Pair("a (3)", "/4")));
     ASSERT_NE(table.Find("a (3)"), nullptr);
     EXPECT_EQ(table.Find("a (3)")->path, "/4");
     EXPECT_EQ(table.Find("b"), nullptr);
@@ -103,8 +110,8 @@ TEST(SambaDump, GivesTheSharesThatLieOnAVolume) {
         "[none]\n\tcomment = path\n[My Photos]\n\tcomment = a = b\n\tpath = /volume1/my photos/\n"
         "[root]\n\tpath = /volume2");
     ASSERT_TRUE(dump);
-    EXPECT_THAT(ToPairs(dump->shares), ElementsAre(Pair("My Photos", "/volume1/my photos"),
-                                                   Pair("root", "/volume2")));
+    EXPECT_THAT(ToPairs(dump->shares),
+                ElementsAre(Pair("My Photos", "/volume1/my photos"), Pair("root", "/volume2")));
     EXPECT_EQ(dump->usershareFolder, "/var/lib/samba/usershares");
 }
 
@@ -150,17 +157,17 @@ TEST(Usershare, IsReadFromItsFile) {
 }
 
 TEST(NfsExports, GiveTheFoldersOnVolumesNamedByTheirLastElement) {
-    EXPECT_THAT(ToPairs(vornplatform::ParseExports(
-                    "# /volume1/no *(rw)\n\n/volume1/a *(rw)\n  /volume1/b/\t10.0.0.0/8(ro)\n"
-                    "\"/volume1/with blank\" *(rw)\n/volume1/oct\\040al *\n/srv/x *(rw)\n"
-                    "/volume2 *(rw) \\\n /volume1/host(rw)\n/volume1/alone\n/volume1/has#hash *\n"
-                    "/volume1/back\\9slash *\n/volume1/\\000nul *\n/volume1/last \\")),
-                ElementsAre(Pair("a", "/volume1/a"), Pair("b", "/volume1/b"),
-                            Pair("with blank", "/volume1/with blank"),
-                            Pair("oct al", "/volume1/oct al"), Pair("volume2", "/volume2"),
-                            Pair("alone", "/volume1/alone"), Pair("has#hash", "/volume1/has#hash"),
-                            Pair("back\\9slash", "/volume1/back\\9slash"),
-                            Pair("last", "/volume1/last")));
+    EXPECT_THAT(
+        ToPairs(vornplatform::ParseExports(
+            "# /volume1/no *(rw)\n\n/volume1/a *(rw)\n  /volume1/b/\t10.0.0.0/8(ro)\n"
+            "\"/volume1/with blank\" *(rw)\n/volume1/oct\\040al *\n/srv/x *(rw)\n"
+            "/volume2 *(rw) \\\n /volume1/host(rw)\n/volume1/alone\n/volume1/has#hash *\n"
+            "/volume1/back\\9slash *\n/volume1/\\000nul *\n/volume1/last \\")),
+        ElementsAre(Pair("a", "/volume1/a"), Pair("b", "/volume1/b"),
+                    Pair("with blank", "/volume1/with blank"), Pair("oct al", "/volume1/oct al"),
+                    Pair("volume2", "/volume2"), Pair("alone", "/volume1/alone"),
+                    Pair("has#hash", "/volume1/has#hash"),
+                    Pair("back\\9slash", "/volume1/back\\9slash"), Pair("last", "/volume1/last")));
 }
 
 TEST(Shares, AreTopLevelFoldersWhereTheHostExportsNothing) {
@@ -204,8 +211,9 @@ TEST(Shares, AreReadFromNfsFilesAndFollowTheirChanges) {
 TEST(Shares, AreReadFromSambaWithIncludesAndUsershares) {
     SKIP_WITHOUT_SAMBA();
     InPrivateRoot([] {
-        WriteFile(kConfig, "[global]\n include = /etc/samba/more.conf\n[photo]\n"
-                           " path = /volume1/photo\n[homes]\n path = /volume1/%U\n");
+        WriteFile(kConfig,
+                  "[global]\n include = /etc/samba/more.conf\n[photo]\n"
+                  " path = /volume1/photo\n[homes]\n path = /volume1/%U\n");
         WriteFile("/etc/samba/more.conf", "[Docs]\n path = /volume2/docs/\n");
         WriteFile("/var/lib/samba/usershares/pub", "#VERSION 2\npath=/volume1/pub\n");
         WriteFile("/etc/exports", "/volume2/photo *\n");
@@ -241,8 +249,8 @@ TEST(Shares, AskTestparmOnceUntilAFileChanges) {
 
 TEST(Shares, LeaveSambaOutWithOneLogLineWhereTestparmFails) {
     SKIP_WITHOUT_SAMBA();
-    for (const char* script :
-         {"exec sleep 100", "echo '[global]'; exit 1", "printf 'non\\033sense'", "yes", "kill $$"}) {
+    for (const char* script : {"exec sleep 100", "exit 1",
+                               "printf 'non\\033sense'", "yes", "kill $$"}) {
         InPrivateRoot([script] {
             WriteFile(kConfig, "[global]\n");
             WriteFile("/etc/exports", "/volume2/nfs *\n");

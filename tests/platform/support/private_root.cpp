@@ -78,7 +78,9 @@ bool CanMount() {
     return waitpid(child, &status, 0) == child && status == 0;
 }
 
-void MakeFolder(const std::string& path) { fs::create_directories(path); }
+void MakeFolder(const std::string& path) {
+    fs::create_directories(path);
+}
 
 void WriteFile(const std::string& path, const std::string& text) {
     fs::create_directories(fs::path(path).parent_path());
