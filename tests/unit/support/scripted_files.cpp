@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "support/failing_new.h"
 #include "support/journal.h"
 #include "support/real_function.h"
 #include "support/scripted_libc.h"
@@ -56,6 +57,7 @@ int OpenControlGroup(const std::string& path) {
 }
 
 int OpenAny(const char* name, const char* path, int flags, mode_t mode) {
+    const unit::FailingNewPause pause;
     if (IsControlGroup(path)) {
         return OpenControlGroup(path);
     }
@@ -63,6 +65,7 @@ int OpenAny(const char* name, const char* path, int flags, mode_t mode) {
 }
 
 FILE* OpenStream(const char* name, const char* path, const char* mode) {
+    const unit::FailingNewPause pause;
     if (IsControlGroup(path)) {
         const int descriptor = OpenControlGroup(path);
         return descriptor < 0 ? nullptr : fdopen(descriptor, mode);
@@ -115,6 +118,7 @@ int stat64(const char* path, struct stat64* status) noexcept {
 }
 
 int access(const char* path, int mode) noexcept {
+    const unit::FailingNewPause pause;
     if (!TheLibc().active || !IsUnitFile(path)) {
         return Real(&access, "access")(path, mode);
     }

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "support/failing_new.h"
 #include "support/scripted_libc.h"
 
 namespace {
@@ -13,6 +14,7 @@ void Keep(int priority, const char* format, va_list arguments)
 
 void Keep(int priority, const char* format, va_list arguments) {
     const int error = errno;
+    const unit::FailingNewPause pause;
     char text[16384];
     std::vsnprintf(text, sizeof(text), format, arguments);  // %m is errno, still untouched
     unit::TheLibc().logLines.push_back({priority, format, text, error});

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
+#include "support/failing_new.h"
 #include "support/journal.h"
 #include "support/scripted_lists.h"
 #include "vorn/platform/file.h"
@@ -53,6 +55,7 @@ std::vector<std::string> ScriptedPlatform::LiveObjects() const {
 extern "C" {
 
 void KLIBCErrSetEx(int code, const char* source, int line) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCErrSetEx", unit::Hex(code), source, line);
     errorCode = code;
     ThePlatform().errorSets.push_back({code, source, line});
@@ -81,14 +84,16 @@ int KLIBCFileCheckDir(const char* path) {
 
 int KLIBCFileGetSectionValue(const char* path, const char* section, const char* key, char* buffer,
                              int size) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCFileGetSectionValue", path, section, key, size);
+    EXPECT_EQ(std::count(buffer, buffer + size, '\0'), size);
     const auto value = ThePlatform().sectionValues.find({path, section, key});
     if (value == ThePlatform().sectionValues.end()) {
         return Fail(ScriptedPlatform::kSectionError);
     }
     const size_t length = value->second.copy(buffer, static_cast<size_t>(size) - 1);
     buffer[length] = '\0';
-    return 0;
+    return ThePlatform().sectionResult;
 }
 
 int VORNShareEnum(KLIBC_SZLIST** names, int flags) {

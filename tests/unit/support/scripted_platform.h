@@ -87,6 +87,7 @@ struct ScriptedPlatform {
 
     /** Value by (path, section, key). */
     std::map<std::tuple<std::string, std::string, std::string>, std::string> sectionValues;
+    int sectionResult = 0; /**< returned with a value; any but 0 says that there is none */
     /** Text by bundle and key; nothing stands for a null text. */
     std::map<std::string, std::map<std::string, std::optional<std::string>>> bundles;
 

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/failing_new.h"
 #include "support/journal.h"
 #include "support/scripted_platform.h"
 #include "vorn/platform/string_bundle.h"
@@ -50,6 +51,7 @@ extern "C" {
 void __wrap_free(void* block) __attribute__((weak));
 
 int VORNCurConnGet(VORN_CURCONN** connections) {
+    const unit::FailingNewPause pause;
     unit::Note("VORNCurConnGet", *connections == nullptr ? "null" : "set");
     const auto& scripted = ThePlatform().connections;
     const int result = ThePlatform().connectionResult.value_or(static_cast<int>(scripted.size()));
@@ -67,6 +69,7 @@ int VORNCurConnGet(VORN_CURCONN** connections) {
 }
 
 int KLIBCProcGetByPid(int pid, KLIBC_PROC** process) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCProcGetByPid", pid, *process == nullptr ? "null" : "set");
     const auto scripted = ThePlatform().processes.find(pid);
     if (scripted == ThePlatform().processes.end()) {
@@ -81,6 +84,7 @@ int KLIBCProcGetByPid(int pid, KLIBC_PROC** process) {
 }
 
 void KLIBCProcFree(KLIBC_PROC* process) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCProcFree", process == nullptr ? "null" : std::to_string(process->reserved));
     if (process == nullptr) {
         return;
@@ -96,12 +100,15 @@ void KLIBCProcFree(KLIBC_PROC* process) {
 
 StringBundle::StringBundle(const char* bundle, const char* b, const char* c, const char* d,
                            const char* e, const char* f)
-    : state_(new std::string(bundle)) {
+    : state_(nullptr) {
+    const unit::FailingNewPause pause;
+    state_ = new std::string(bundle);
     unit::Note("StringBundle", bundle, b, c, d, e, f);
     ThePlatform().live[state_] = "bundle " + std::string(bundle);
 }
 
 StringBundle::~StringBundle() {
+    const unit::FailingNewPause pause;
     std::string* name = static_cast<std::string*>(state_);
     unit::Note("~StringBundle", *name);
     ThePlatform().live.erase(state_);
@@ -109,6 +116,7 @@ StringBundle::~StringBundle() {
 }
 
 const char* StringBundle::Text(const char* key, const char* fallback) {
+    const unit::FailingNewPause pause;
     const std::string& name = *static_cast<std::string*>(state_);
     unit::Note("StringBundle::Text", name, key, fallback);
     const auto bundle = ThePlatform().bundles.find(name);

@@ -1,5 +1,6 @@
 #include <string>
 
+#include "support/failing_new.h"
 #include "support/journal.h"
 #include "support/scripted_platform.h"
 
@@ -16,6 +17,7 @@ void __wrap_free(void* block) {
         auto& live = unit::ThePlatform().live;
         const auto found = live.find(block);
         if (found != live.end()) {
+            const unit::FailingNewPause pause;
             unit::Note("free", found->second);
             live.erase(found);
         }
