@@ -12,9 +12,6 @@ constexpr size_t kLargestChunk = 64 * 1024;
 }  // namespace
 
 void TextArena::Rewind() {
-    following_ = 0;
-    next_ = nullptr;
-    room_ = 0;
     if (!chunks_.empty())
         Enter(0);
 }

@@ -104,7 +104,7 @@ TEST(SambaDump, GivesTheSharesThatLieOnAVolume) {
     const auto dump = vornplatform::ParseSambaDump(
         "# Global parameters\n[global]\n\tserver role = standalone server\n\n"
         "[homes]\n\tpath = /volume1/homes\n[printers]\n\tpath = /volume1/spool\n"
-        "\tprintable = Yes\n[print$]\n\tpath = /volume1/drivers\n[laser]\n"
+        "[print$]\n\tpath = /volume1/drivers\n[laser]\n"
         "\tpath = /volume1/laser\n\tprintable = Yes\n[off]\n\tavailable = No\n"
         "\tpath = /volume1/off\n[user]\n\tpath = /volume1/%U\n[srv]\n\tpath = /srv/x\n"
         "[none]\n\tcomment = path\n[My Photos]\n\tcomment = a = b\n\tpath = /volume1/my photos/\n"

@@ -18,14 +18,25 @@ enum {
  * Appends the names (not full paths) of a directory's entries to a list, without "." and "..".
  *
  * @param path     the directory
- * @param pattern  null
+ * On a Linux host: open, getdents64. A symbolic link is no directory, whatever it points to.
+ *
+ * @param pattern  null; there is no other choice on a Linux host (0x0D00)
  * @param list     address of the caller's list handle, which may be moved
  * @param options  0 or KLIBC_ENUM_DIRECTORIES
- * @return 0 or more, or a negative value on failure: the error code is set and nothing appended
+ * @return the number of names appended, or a negative value on failure: the error code is set
+ *         (0x0700 no such path, 0x0D00 not a directory) and nothing appended
  */
 int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list, int options);
 
-/** 1 when the path is a directory; 0 when it is something else; negative when it can't be told. */
+/**
+ * Tells whether a path is a directory. Symbolic links are followed.
+ *
+ * On a Linux host: statx with AT_STATX_DONT_SYNC, which asks no remote server for what the kernel
+ * knows; stat where the kernel or the file system refuses that.
+ *
+ * @return 1 when it is; 0 when it is something else; negative when it can't be told, with the error
+ *         code set
+ */
 int KLIBCFileCheckDir(const char* path);
 
 /**
