@@ -52,7 +52,7 @@ Pairs ListedShares() {
 void ReplaceTestparm(const std::string& script) {
     WriteFile("/tmp/testparm", "#!/bin/sh\necho >> /tmp/runs\n" + script);
     ASSERT_EQ(chmod("/tmp/testparm", 0755), 0);
-    ASSERT_EQ(mount("/tmp/testparm", kTestparm, nullptr, MS_BIND, nullptr), 0);
+    ASSERT_EQ(mount("/tmp/testparm", kTestparm, "none", MS_BIND, ""), 0);
 }
 
 long Runs() {

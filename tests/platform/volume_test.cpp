@@ -33,7 +33,7 @@ std::vector<std::string> MountedVolumes() {
 
 void MountTmpfs(const std::string& path) {
     MakeFolder(path);
-    ASSERT_EQ(mount("tmpfs", path.c_str(), "tmpfs", 0, nullptr), 0);
+    ASSERT_EQ(mount("tmpfs", path.c_str(), "tmpfs", 0, ""), 0);
 }
 
 }  // namespace

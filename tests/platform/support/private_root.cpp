@@ -24,15 +24,15 @@ void Must(bool done, const char* step) {
 
 void Mount(const char* source, const std::string& target, const char* type, unsigned long flags) {
     fs::create_directories(target);
-    Must(mount(source, target.c_str(), type, flags, nullptr) == 0, target.c_str());
+    Must(mount(source, target.c_str(), type, flags, "") == 0, target.c_str());
 }
 
 void BuildRoot(const std::string& root) {
     Must(unshare(CLONE_NEWNS) == 0, "unshare");
-    Must(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private mounts");
+    Must(mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0, "private mounts");
     Mount("tmpfs", root, "tmpfs", 0);
     for (const char* shared : {"/usr", "/proc", "/dev"})
-        Mount(shared, root + shared, nullptr, MS_BIND | MS_REC);
+        Mount(shared, root + shared, "none", MS_BIND | MS_REC);
     for (const char* link : {"bin", "lib", "lib64", "sbin"})
         fs::create_symlink(std::string("usr/") + link, root + "/" + link);
     for (const char* folder : {"/etc/samba", "/var/lib/samba", "/run/samba", "/tmp"})
