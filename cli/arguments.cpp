@@ -179,7 +179,7 @@ private:
 
     /** What is neither an option nor its value. */
     std::vector<std::string> Operands() const {
-        const std::vector<std::string> remaining = app_.remaining();
+        std::vector<std::string> remaining = app_.remaining();
         for (const std::string& word : remaining) {
             if (word.size() > 1 && word[0] == '-') {
                 const std::string name = word.substr(0, word.find('='));

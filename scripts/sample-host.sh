@@ -22,7 +22,7 @@
 # Nothing is left behind: every mount point lives in the private mount namespace, every process dies
 # with the PID namespace, and that dies with this script, however it ends. Only the control group
 # outlives its processes; a janitor in a session of its own removes it, even when this script is
-# killed with SIGKILL.
+# killed with SIGKILL. Where the janitor was killed as well, the next run does its work.
 #
 # Exit status: that of COMMAND; 2 when called wrongly or without root; 1 when the sample host cannot
 # be made.
@@ -48,14 +48,26 @@ mount_systemd_hierarchy() { # DIRECTORY
 
 # --- Stage 1, in the caller's PID namespace: the control group and its removal -------------------
 
+remove_group() { # GROUP
+    find "$1" -depth -type d -exec rmdir {} + 2>/dev/null || true
+}
+
+# Groups of runs that are gone, whose janitor was killed too.
+remove_stale_groups() {
+    local group
+    for group in "$hierarchy"/vorn-sample-*; do
+        [[ -d /proc/${group##*-} ]] || remove_group "$group"
+    done
+}
+
 # Waits until standard input ends, that is until the script is gone, then removes the group. The
 # processes in it are being killed with their PID namespace meanwhile, hence the patience.
 janitor() { # GROUP
     trap '' HUP INT TERM
     cat >/dev/null
     local attempt
-    for ((attempt = 0; attempt < 200; attempt++)); do
-        find "$1" -depth -type d -exec rmdir {} + 2>/dev/null
+    for ((attempt = 0; attempt < 600; attempt++)); do
+        remove_group "$1"
         [[ -d $1 ]] || return 0
         sleep 0.05
     done
@@ -74,6 +86,7 @@ run_in_group() { # GROUP COMMAND [ARG...]
 keep() { # COMMAND [ARG...]
     mount -t tmpfs -o mode=0755 sample-host "$scratch"
     mount_systemd_hierarchy "$hierarchy" || fail "cannot mount the name=systemd hierarchy"
+    remove_stale_groups
     local group=$hierarchy/vorn-sample-$$
     mkdir "$group"
 
