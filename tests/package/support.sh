@@ -32,7 +32,7 @@ expect_lists_open_file() { # PROGRAM
     exec 7<&-
     shown=$("$1")
     kill "$holder"
-    grep -qE "^$holder .+ /volume1/held\$" <<<"$shown" || fail "$1 printed: $shown"
+    grep -qE "^$holder /volume1/held\$" <<<"$shown" || fail "$1 printed: $shown"
 }
 
 expect_own_operation_wins() { # PROGRAM

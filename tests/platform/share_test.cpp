@@ -249,8 +249,8 @@ TEST(Shares, AskTestparmOnceUntilAFileChanges) {
 
 TEST(Shares, LeaveSambaOutWithOneLogLineWhereTestparmFails) {
     SKIP_WITHOUT_SAMBA();
-    for (const char* script : {"exec sleep 100", "exit 1",
-                               "printf 'non\\033sense'", "yes", "kill $$"}) {
+    for (const char* script :
+         {"exec sleep 100", "exit 1", "printf 'non\\033sense'", "yes", "kill $$"}) {
         InPrivateRoot([script] {
             WriteFile(kConfig, "[global]\n");
             WriteFile("/etc/exports", "/volume2/nfs *\n");

@@ -9,11 +9,9 @@ using Processes = std::vector<SshProcess>;
 
 /** Until the client is authenticated, a half of sshd without rights talks to it. */
 bool HasUnauthenticatedHalf(const Processes& processes, std::optional<uid_t> separationUser) {
-    return std::any_of(
-        processes.begin(), processes.end(),
-        [&](const SshProcess& process) {
-            return process.program == "sshd-auth" || process.uid == separationUser;
-        });
+    return std::any_of(processes.begin(), processes.end(), [&](const SshProcess& process) {
+        return process.program == "sshd-auth" || process.uid == separationUser;
+    });
 }
 
 /** The half that was there first: its parent does not hold the socket. */

@@ -8,6 +8,6 @@ int main() {
         return 1;
     }
     for (auto& file : files) {
-        std::cout << file.getPidStr() << ' ' << file.getService() << ' ' << file.getPath() << '\n';
+        std::cout << file.getPidStr() << " " << file.getPath() << "\n";
     }
 }

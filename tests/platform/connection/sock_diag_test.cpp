@@ -124,9 +124,8 @@ auto Key(const TcpSocket& socket) {
 }
 
 void Sort(std::vector<TcpSocket>& sockets) {
-    std::sort(
-        sockets.begin(), sockets.end(),
-        [](const auto& a, const auto& b) { return Key(a) < Key(b); });
+    std::sort(sockets.begin(), sockets.end(),
+              [](const auto& a, const auto& b) { return Key(a) < Key(b); });
 }
 
 TEST(SockDiag, AgreesWithProcNetTcp) {
