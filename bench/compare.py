@@ -47,11 +47,12 @@ def main():
                                     options.outside,
                                     process_table.make_groups(process_table.SLICES)):
         timing.interleave(contenders, options.rounds)
+        stages = timing.stages(binaries, options.rounds)
 
     heading = (f"{total} descriptors: {options.processes} processes x {options.descriptors}, "
                f"{options.outside} % of them outside the volumes, {options.clients} clients; "
                f"{options.rounds} rounds. {timing.machine()}.\n\n")
-    text = timing.table(contenders, base, total)
+    text = timing.table(contenders, base, total) + "\n" + timing.stage_table(stages)
     sys.stdout.write(heading + text)
     with open(f"{options.output}.md", "w", encoding="utf-8") as file:
         file.write(heading + text)

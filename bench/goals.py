@@ -91,16 +91,6 @@ def no_service(bench):
                 "look-ups", 1.3, bench.ratio(bench.library(), bench.bare_walk("--services")))
 
 
-def stages(bench):
-    """Median seconds of each stage over the rounds."""
-    seconds = {}
-    for _ in range(bench.rounds):
-        for line in bench.printed("stages").splitlines():
-            value, name = line.split()
-            seconds.setdefault(name, []).append(float(value))
-    return {name: statistics.median(values) for name, values in seconds.items()}
-
-
 def many_services(bench):
     """2,000 slices with a unit file each, 5,000 processes in them."""
     units = [f"bench{i}.slice" for i in range(2000)]
@@ -110,7 +100,7 @@ def many_services(bench):
                        "NameI18n=service:ssh\n")
     groups = process_table.make_groups(units)
     with process_table.populated(bench.binaries, 5000, 100, groups=groups):
-        seconds = stages(bench)
+        seconds = timing.stages(bench.binaries, bench.rounds)
     at_most("services of 5,000 processes x 100 descriptors in 2,000 slices, in descriptor scans",
             0.15, seconds["services"] / seconds["scan"])
 
@@ -118,7 +108,7 @@ def many_services(bench):
 def connections(bench):
     for count, limit in ((100, 0.2), (1000, 0.4)):
         with bench.populated(200, 250), process_table.clients(count):
-            seconds = stages(bench)
+            seconds = timing.stages(bench.binaries, bench.rounds)
         rest = sum(seconds.values()) - seconds["connections"]
         at_most(f"what {count:,} client connections add, in enumerations without any", limit,
                 seconds["connections"] / rest)

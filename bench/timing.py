@@ -74,6 +74,26 @@ def table(contenders, base, descriptors):
     return "\n".join(lines) + "\n"
 
 
+def stages(binaries, rounds):
+    """Median seconds of each stage of the library call."""
+    seconds = {}
+    for _ in range(rounds):
+        printed = subprocess.run([f"{binaries}/library_call", "stages"], check=True,
+                                 stdout=subprocess.PIPE, text=True).stdout
+        for line in printed.splitlines():
+            value, name = line.split()
+            seconds.setdefault(name, []).append(float(value))
+    return {name: statistics.median(values) for name, values in seconds.items()}
+
+
+def stage_table(seconds):
+    total = sum(seconds.values())
+    lines = ["| stage of the library call | median | part |", "|---|---|---|"]
+    lines += [f"| {name} | {value * 1000:.1f} ms | {value / total:.1%} |"
+              for name, value in seconds.items()]
+    return "\n".join(lines) + "\n"
+
+
 def machine():
     """Kernel, processors and what versions the peers say of themselves."""
     def first_line(*argv):

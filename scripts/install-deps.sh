@@ -24,7 +24,6 @@ packages[build]='
     libfmt-dev
     libjsoncpp-dev
     libmnl-dev
-    libsimpleini-dev
     libutf8proc-dev
     ninja-build
     pkg-config
@@ -75,9 +74,15 @@ packages[e2e]='
     vsftpd
 '
 
+# Benchmarks, the peers that they measure beside, plots.
 packages[bench]='
+    gnuplot-nox
     libbenchmark-dev
     lsof
+    psmisc
+    python3
+    util-linux-extra
+    valgrind
 '
 
 policy=/usr/sbin/policy-rc.d
