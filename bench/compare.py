@@ -33,13 +33,14 @@ def main():
 
     total = options.processes * options.descriptors
     binaries = options.binaries
-    base = timing.Contender("bare walk", [f"{binaries}/bare_walk"], prints_seconds=True)
+    base = timing.Contender(binaries, "bare walk", [f"{binaries}/bare_walk"], prints_seconds=True)
     contenders = [
         base,
-        timing.Contender("library call", [f"{binaries}/library_call"], prints_seconds=True),
-        timing.Contender("vorn-openfiles --format jsonl",
+        timing.Contender(binaries, "library call", [f"{binaries}/library_call"],
+                         prints_seconds=True),
+        timing.Contender(binaries, "vorn-openfiles --format jsonl",
                          [f"{binaries}/vorn-openfiles", "--by", "volume", "--format", "jsonl"]),
-    ] + [timing.Contender(name, argv) for name, argv in PEERS]
+    ] + [timing.Contender(binaries, name, argv) for name, argv in PEERS]
 
     process_table.install_units(options.project, named=True)
     with process_table.clients(options.clients), \

@@ -19,15 +19,26 @@ class Bench:
         self.project = options.project
         self.rounds = options.rounds
 
+    def contender(self, name, *argv, prints_seconds=False):
+        return timing.Contender(self.binaries, name, argv, prints_seconds)
+
     def bare_walk(self, *arguments):
-        return timing.Contender("bare walk", [f"{self.binaries}/bare_walk", *arguments], True)
+        return self.contender("bare walk", f"{self.binaries}/bare_walk", *arguments,
+                              prints_seconds=True)
 
     def library(self, *arguments):
-        return timing.Contender("library call", [f"{self.binaries}/library_call", *arguments], True)
+        return self.contender("library call", f"{self.binaries}/library_call", *arguments,
+                              prints_seconds=True)
 
     def command(self):
-        return timing.Contender("command", [
-            f"{self.binaries}/vorn-openfiles", "--by", "volume", "--format", "jsonl"])
+        return self.contender("command", f"{self.binaries}/vorn-openfiles", "--by", "volume",
+                              "--format", "jsonl")
+
+    def lsof(self, *arguments):
+        return self.contender("lsof", "/usr/bin/lsof", "-nPw", *arguments)
+
+    def lsfd(self, *arguments):
+        return self.contender("lsfd", "/usr/bin/lsfd", *arguments)
 
     def populated(self, processes, descriptors, named=True):
         process_table.install_units(self.project, named)
@@ -79,7 +90,7 @@ def call_against_walk(bench):
 
 def peaks(bench):
     command = bench.command()
-    lsof = timing.Contender("lsof", ["/usr/bin/lsof", "-nPw"])
+    lsof = bench.lsof()
     timing.interleave([command, lsof], 1)
     return (f"command {command.peak_kib / 1024:.0f} MiB, "
             f"lsof {lsof.peak_kib / 1024:.0f} MiB")
@@ -116,12 +127,9 @@ def connections(bench):
 
 def against_peers(bench):
     for processes, descriptors, goal in ((200, 250, 3.5), (50, 10000, 5)):
-        forms = [timing.Contender("lsof", ["/usr/bin/lsof", "-nPw"]),
-                 timing.Contender("lsof", ["/usr/bin/lsof", "-nPw", "-F", "pfn"]),
-                 timing.Contender("lsof", ["/usr/bin/lsof", "-nPw", "/volume1", "/volume2"]),
-                 timing.Contender("lsfd", ["/usr/bin/lsfd"]),
-                 timing.Contender("lsfd", ["/usr/bin/lsfd", "-Q", 'NAME =~ "^/volume"']),
-                 timing.Contender("fuser -m", ["/usr/bin/fuser", "-m", "/volume1", "/volume2"])]
+        forms = [bench.lsof(), bench.lsof("-F", "pfn"), bench.lsof("/volume1", "/volume2"),
+                 bench.lsfd(), bench.lsfd("-Q", 'NAME =~ "^/volume"'),
+                 bench.contender("fuser", "/usr/bin/fuser", "-m", "/volume1", "/volume2")]
         command = bench.command()
         with bench.populated(processes, descriptors):
             timing.interleave([command] + forms, bench.rounds)
@@ -136,7 +144,7 @@ def against_peers(bench):
 
 def idle_host(bench):
     with bench.populated(150, 4):
-        lsof = timing.Contender("lsof", ["/usr/bin/lsof", "-nPw"])
+        lsof = bench.lsof()
         command = bench.command()
         timing.interleave([lsof, command], bench.rounds * 3)
         faster("command against lsof -nPw, idle host (150 processes x 4)", 3,
