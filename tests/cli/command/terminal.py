@@ -1,0 +1,58 @@
+"""A pseudo terminal with the command on it."""
+
+import fcntl
+import os
+import pty
+import select
+import signal
+import struct
+import subprocess
+import termios
+import time
+
+from support import COMMAND
+
+PATIENCE = 20
+
+
+class Terminal:
+    def __init__(self, *arguments, columns=80, lines=24, **env):
+        self._master, slave = pty.openpty()
+        self.resize(columns, lines, tell=False)
+        environment = {"PATH": os.environ["PATH"], "LANG": "C.UTF-8", "TERM": "xterm", **env}
+        self.process = subprocess.Popen([COMMAND, *arguments], stdin=slave, stdout=slave, stderr=slave,
+                                        env=environment, start_new_session=True)
+        os.close(slave)
+        self.text = b""
+
+    def resize(self, columns, lines, tell=True):
+        fcntl.ioctl(self._master, termios.TIOCSWINSZ, struct.pack("HHHH", lines, columns, 0, 0))
+        if tell:
+            self.process.send_signal(signal.SIGWINCH)
+
+    def _more(self, deadline):
+        if not select.select([self._master], [], [], max(0, deadline - time.monotonic()))[0]:
+            raise AssertionError(f"waited in vain; so far: {self.text!r}")
+        try:
+            chunk = os.read(self._master, 65536)
+        except OSError:
+            chunk = b""
+        self.text += chunk
+        return chunk != b""
+
+    def wait_for(self, wanted):
+        """Reads until a text has come; gives and forgets all up to its end."""
+        deadline = time.monotonic() + PATIENCE
+        while wanted not in self.text:
+            assert self._more(deadline), f"ended without {wanted!r}: {self.text!r}"
+        end = self.text.index(wanted) + len(wanted)
+        read, self.text = self.text[:end], self.text[end:]
+        return read
+
+    def finish(self):
+        """Reads to the end; gives the exit status and the lines."""
+        deadline = time.monotonic() + PATIENCE
+        while self._more(deadline):
+            pass
+        os.close(self._master)
+        return self.process.wait(PATIENCE), self.text.decode().split("\r\n")

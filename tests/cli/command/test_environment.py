@@ -1,0 +1,165 @@
+"""Sane answers on hosts and to readers that are not as one would like."""
+
+import json
+import os
+import subprocess
+import unittest
+
+from support import COMMAND, Holder, run, touch
+
+A = b"/volume1/photo/a.jpg"
+
+
+def unmount_volumes():
+    """In a mount namespace of the command's own."""
+    return ["unshare", "--mount", "sh", "-c", 'umount /volume1 /volume2; exec "$@"', "sh"]
+
+
+def run_under(prefix, *arguments):
+    return subprocess.run([*prefix, COMMAND, *arguments], capture_output=True, check=False, timeout=60)
+
+
+class Environment(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.holder = Holder([touch(A)])
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.holder.__exit__()
+
+    def test_found_and_nothing_found(self):
+        self.assertEqual(run().returncode, 0)
+        nothing = run("/volume2")
+        self.assertEqual((nothing.returncode, nothing.stdout, nothing.stderr), (1, b"", b""))
+        self.assertEqual(json.loads(run("--json", "/volume2").stdout)["files"], [])
+
+    def test_quiet_answers_by_status_alone(self):
+        for path, status in ((b"/volume1/photo", 0), (b"/volume2", 1), (b"/etc", 2)):
+            result = run("-q", path)
+            self.assertEqual((result.returncode, result.stdout), (status, b""))
+
+    def test_paths_are_resolved(self):
+        os.symlink("/volume1/photo", "/tmp/pictures")
+        for path, folder in (("/tmp/pictures", "/"), ("photo/../photo/a.jpg", "/volume1"), (".", "/volume1/photo"),
+                             ("/volume1/photo/", "/")):
+            result = run(path, cwd=folder)
+            self.assertEqual((result.returncode, result.stdout.count(b"\n")), (0, 2), path)
+        self.assertEqual(run("/volume1/phot").returncode, 1)
+
+    def test_path_outside_every_volume(self):
+        result = run("/etc/passwd")
+        self.assertEqual((result.returncode, result.stdout), (2, b""))
+        self.assertIn(b"'/etc/passwd' is on no volume; the volumes are: /volume1, /volume2", result.stderr)
+
+    def test_closed_pipe(self):
+        for arguments in ([], ["--json"], ["--format", "csv"], ["--print0", "path"]):
+            reader, writer = os.pipe()
+            os.close(reader)
+            result = run(*arguments, stdout=writer)
+            os.close(writer)
+            self.assertEqual((result.returncode, result.stderr), (0, b""))
+
+    def test_full_disk(self):
+        for arguments in ([], ["--json"], ["--format", "csv"], ["--pids"], ["--help"], ["services", "--json"],
+                          ["check"], ["metrics"], ["--count-by", "user"]):
+            with open("/dev/full", "wb") as full:
+                result = run(*arguments, stdout=full)
+            self.assertEqual(result.returncode, 2, arguments)
+            self.assertIn(b"can't write the output: No space left on device", result.stderr)
+
+    def test_closed_standard_output(self):
+        result = subprocess.run(["sh", "-c", f"exec {COMMAND} >&-"], capture_output=True, check=False, timeout=60)
+        self.assertEqual(result.returncode, 2)
+        self.assertIn(b"can't write", result.stderr)
+
+    def test_locales(self):
+        with Holder([touch("/volume1/photo/\u5199.txt".encode())]):
+            for locale, shown in (("C.UTF-8", "\u5199.txt"), ("xx_YY.UTF-8", "\u5199.txt"), ("C", "\\u{5199}.txt"),
+                                  ("POSIX", "\\u{5199}.txt"), ("odd", "\\u{5199}.txt"), ("", "\\u{5199}.txt")):
+                result = run(env={"LANG": locale})
+                self.assertEqual((result.returncode, result.stderr), (0, b""))
+                self.assertIn(shown.encode(), result.stdout, locale)
+
+    def test_no_rights(self):
+        prefix = ["setpriv", "--reuid", "65534", "--regid", "65534", "--clear-groups", "--inh-caps=-all"]
+        result = run_under(prefix, "--json")
+        document = json.loads(result.stdout)
+        self.assertEqual((result.returncode, document["complete"], document["files"]), (1, False, []))
+        self.assertIn("not running as root", document["reason"])
+        self.assertIn(b"incomplete: not running as root", result.stderr)
+        self.assertEqual(run_under(prefix, "--strict").returncode, 2)
+        quiet = run_under(prefix, "-q")
+        self.assertEqual((quiet.returncode, quiet.stderr), (1, b""))
+        self.assertEqual(run_under(prefix, "check").returncode, 1)
+
+    def test_root_without_capabilities_is_incomplete(self):
+        result = run_under(["setpriv", "--bounding-set=-sys_ptrace", "--inh-caps=-all"], "--json")
+        self.assertIs(json.loads(result.stdout)["complete"], False)
+
+    def test_lent_identity_is_refused(self):
+        copy = "/tmp/vorn-openfiles"
+        subprocess.run(["cp", COMMAND, copy], check=True)
+        os.chmod(copy, 0o6755)
+        result = subprocess.run(["setpriv", "--reuid", "65534", "--regid", "65534", "--clear-groups", copy],
+                                capture_output=True, check=False, timeout=60)
+        self.assertEqual((result.returncode, result.stdout), (2, b""))
+        self.assertIn(b"refuses to run set-user-id", result.stderr)
+
+    def test_no_volumes(self):
+        for arguments in ([], ["--by", "volume", "--json"]):
+            result = run_under(unmount_volumes(), *arguments)
+            self.assertEqual((result.returncode, result.stdout), (2, b""))
+            self.assertIn(b"no data volume is mounted", result.stderr)
+        check = run_under(unmount_volumes(), "check", "--json")
+        states = {each["subject"]: each["state"] for each in json.loads(check.stdout)["checks"]}
+        self.assertEqual((check.returncode, states["volumes"]), (1, "missing"))
+
+    def test_no_shares(self):
+        with Holder([touch(b"/volume2/file beside all shares")]):
+            self.assertNotIn(b"beside", run().stdout)
+            self.assertIn(b"/volume2/file beside", run("--by", "volume").stdout)
+            self.assertEqual(run("/volume2").returncode, 1)
+
+    def test_object_named_like_no_volume(self):
+        touch(b"/volume")
+        with Holder([b"/volume"]):
+            result = run()
+        os.unlink("/volume")
+        self.assertEqual((result.returncode, result.stdout), (2, b""))
+        self.assertIn(b'a process holds an object named "/volume" open', result.stderr)
+
+    def test_deleted_file_keeps_its_place_with_times(self):
+        gone = touch(b"/volume1/photo/gone")
+        with Holder([gone]):
+            os.unlink(gone)
+            files = json.loads(run("--json", "--time", gone).stdout)["files"]
+        self.assertEqual([(file["deleted"], file["time"]) for file in files], [(True, "-")])
+
+    def test_100000_records(self):
+        for number in range(10000):
+            touch(b"/volume2/many/%05d" % number)
+        with Holder(folder=b"/volume2/many", forks=9):
+            result = run("--json", "/volume2/many")
+            self.assertEqual((result.returncode, len(json.loads(result.stdout)["files"])), (0, 100000))
+            self.assertEqual(run("--pids", "/volume2/many").stdout.count(b"\n"), 10)
+            self.assertEqual(run("/volume2/many").stdout.count(b"\n"), 100001)
+
+    def test_selecting_ordering_and_limiting(self):
+        paths = [touch(b"/volume1/photo/sel/" + name) for name in (b"b.JPG", b"a.png", b"c.jpg")]
+
+        def names(*arguments):
+            return run("/volume1/photo/sel", "--print0", "filename", *arguments).stdout.split(b"\0")[:-1]
+
+        with Holder(paths):
+            self.assertEqual(names(), [b"a.png", b"b.JPG", b"c.jpg"])
+            self.assertEqual(names("--reverse"), [b"c.jpg", b"b.JPG", b"a.png"])
+            self.assertEqual(names("--match", "filename=.jpg"), [b"b.JPG", b"c.jpg"])
+            self.assertEqual(names("--where", "filename=a.png", "--where", "filename=c.jpg"), [b"a.png", b"c.jpg"])
+            self.assertEqual(names("--not-match", "filename=.jpg"), [b"a.png"])
+            self.assertEqual(names("--sort", "filename", "--reverse", "--limit", "1"), [b"c.jpg"])
+            self.assertEqual(names("--folders", "only"), [])
+
+
+if __name__ == "__main__":
+    unittest.main()

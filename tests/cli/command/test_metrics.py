@@ -1,0 +1,109 @@
+"""The metrics as Prometheus itself takes them."""
+
+import json
+import os
+import re
+import socket
+import stat
+import subprocess
+import time
+import unittest
+import urllib.parse
+import urllib.request
+
+from support import Holder, run, touch
+
+FOLDER = "/tmp/textfiles"
+OUTPUT = FOLDER + "/vorn_openfiles.prom"
+PATIENCE = 60
+
+
+def free_port():
+    with socket.socket() as probe:
+        probe.bind(("127.0.0.1", 0))
+        return probe.getsockname()[1]
+
+
+def until(attempt):
+    deadline = time.monotonic() + PATIENCE
+    while True:
+        try:
+            found = attempt()
+            if found:
+                return found
+        except OSError:
+            pass
+        if time.monotonic() > deadline:
+            raise AssertionError("waited in vain")
+        time.sleep(0.1)
+
+
+class Metrics(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        os.makedirs(FOLDER)
+        cls.holder = Holder([touch(b'/volume1/a "b\\c\n\xff/x'), touch(b"/volume1/photo/a"), touch(b"/volume2/music/b")])
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.holder.__exit__()
+
+    def test_promtool_has_nothing_to_say(self):
+        for by in ("share", "volume"):
+            result = run("metrics", "--by", by)
+            check = subprocess.run(["promtool", "check", "metrics"], input=result.stdout, capture_output=True,
+                                   check=False)
+            self.assertEqual((result.returncode, check.returncode, check.stdout, check.stderr), (0, 0, b"", b""))
+        self.assertIn(b'{volume="/volume2",service="Internal service",user="-"} 1\n', result.stdout)
+
+    def test_hosts_and_paths_are_no_labels(self):
+        labels = set(re.findall(rb'(\w+)="', run("metrics").stdout))
+        self.assertEqual(labels, {b"share", b"service", b"user"})
+
+    def test_output_replaces_the_file_in_one_step(self):
+        with open(OUTPUT, "w") as old, open(OUTPUT) as reader:
+            old.write("old")
+            old.flush()
+            self.assertEqual(run("metrics", "--output", OUTPUT).returncode, 0)
+            self.assertEqual(reader.read(), "old")
+        with open(OUTPUT) as new:
+            self.assertIn("vorn_openfiles_complete 1\n", new.read())
+        self.assertEqual(stat.S_IMODE(os.stat(OUTPUT).st_mode), 0o644)
+        self.assertEqual(os.listdir(FOLDER), ["vorn_openfiles.prom"])
+
+    def test_output_that_cannot_be_written(self):
+        result = run("metrics", "--output", "/nowhere/x.prom")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn(b"can't write '/nowhere/x.prom'", result.stderr)
+        os.mkdir("/tmp/folder.prom")
+        os.makedirs("/tmp/folder.prom/x")
+        self.assertEqual(run("metrics", "--output", "/tmp/folder.prom").returncode, 2)
+        self.assertEqual([name for name in os.listdir("/tmp") if name.startswith("folder.prom.")], [])
+
+    def test_prometheus_reads_them_from_the_node_exporter(self):
+        self.assertEqual(run("metrics", "--output", OUTPUT).returncode, 0)
+        exporter_port, prometheus_port = free_port(), free_port()
+        with open("/tmp/prometheus.yml", "w") as config:
+            config.write("scrape_configs:\n- job_name: node\n  scrape_interval: 1s\n  static_configs:\n"
+                         f"  - targets: ['127.0.0.1:{exporter_port}']\n")
+        quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        exporter = subprocess.Popen(
+            ["prometheus-node-exporter", "--collector.disable-defaults", "--collector.textfile",
+             f"--collector.textfile.directory={FOLDER}", f"--web.listen-address=127.0.0.1:{exporter_port}"], **quiet)
+        prometheus = subprocess.Popen(
+            ["prometheus", "--config.file=/tmp/prometheus.yml", "--storage.tsdb.path=/tmp/tsdb",
+             f"--web.listen-address=127.0.0.1:{prometheus_port}"], **quiet)
+        query = urllib.parse.urlencode({"query": "vorn_openfiles_files"})
+        url = f"http://127.0.0.1:{prometheus_port}/api/v1/query?{query}"
+        try:
+            result = until(lambda: json.load(urllib.request.urlopen(url))["data"]["result"])
+        finally:
+            for server in (exporter, prometheus):
+                server.terminate()
+                server.wait()
+        self.assertEqual({series["metric"]["share"]: series["value"][1] for series in result},
+                         {'a "b\\c\n\ufffd': "1", "photo": "1", "music": "1"})
+
+
+if __name__ == "__main__":
+    unittest.main()

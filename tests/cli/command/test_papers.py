@@ -1,0 +1,147 @@
+"""Help, man page, completions and schema say what the command does."""
+
+import json
+import os
+import re
+import subprocess
+import unittest
+
+from support import COMMAND, Holder, run, touch
+
+DATA = os.path.join(os.environ["VORN_SOURCE"], "data")
+SCHEMA = os.path.join(DATA, "schema/vorn-openfiles-1.schema.json")
+COMMANDS = ("list", "services", "check", "metrics")
+OPTION = re.compile(r"(?<![\w-])--?[a-z][a-z0-9-]*")
+
+
+def read(name):
+    with open(os.path.join(DATA, name), encoding="utf-8") as file:
+        return file.read()
+
+
+def accepted_options():
+    """What the command itself takes, as it names them when a word is nearly right."""
+    return {option for option in offered_by_help() if is_option(option)}
+
+
+def is_option(option):
+    return any(b"there is no option" not in run(command, option, "--help").stderr for command in COMMANDS)
+
+
+def offered_by_help():
+    usage = run("--help").stdout.decode().split("\nExamples:")[0]
+    return {word for word in OPTION.findall(usage) if word != "-0"}
+
+
+class Options(unittest.TestCase):
+    def setUp(self):
+        self.options = offered_by_help()
+        self.assertGreater(len(self.options), 25)
+
+    def test_help_offers_only_what_is_there(self):
+        self.assertEqual(self.options, accepted_options())
+
+    def test_man_page(self):
+        text = re.sub(r"\\&|\\-", "", read("man/vorn-openfiles.8"))
+        named = {"-" + flag for line in text.split(".Sh OPTIONS")[1].split(".Sh TEXTS")[0].splitlines()
+                 if line.startswith(".It Fl") for flag in re.findall(r"Fl (-?[a-z0-9-]+)", line)}
+        self.assertEqual(named, self.options)
+
+    def test_bash_completion(self):
+        self.assertEqual(self.offered_by_bash("-") | self.offered_by_bash("check -")
+                         | self.offered_by_bash("metrics -"), self.options)
+
+    def offered_by_bash(self, line):
+        script = f"""
+            source /usr/share/bash-completion/bash_completion
+            source {DATA}/completions/vorn-openfiles.bash
+            COMP_LINE='vorn-openfiles {line}' COMP_POINT=${{#COMP_LINE}}
+            COMP_WORDS=(vorn-openfiles {line}) COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1))
+            COMP_POINT=${{#COMP_LINE}} COMP_TYPE=9 COMP_KEY=9
+            _vorn_openfiles 2>/dev/null
+            printf '%s\\n' "${{COMPREPLY[@]}}"
+        """
+        environment = {"PATH": os.path.dirname(COMMAND) + ":" + os.environ["PATH"]}
+        result = subprocess.run(["bash", "-c", script], env=environment, capture_output=True, check=True)
+        return set(result.stdout.decode().split("\n")) - {""}
+
+    def test_bash_completes_columns_values_and_services(self):
+        self.assertEqual(self.offered_by_bash("--sort h"), {"host"})
+        self.assertEqual(self.offered_by_bash("--columns path,fo"), {"path,folder"})
+        self.assertEqual(self.offered_by_bash("--format js"), {"json", "jsonl"})
+        self.assertEqual(self.offered_by_bash("ch"), {"check"})
+        with Holder([touch(b"/volume1/photo/a")]):
+            self.assertIn(r"Internal\ service", " ".join(self.offered_by_bash("--where service=Int")))
+
+    def test_zsh_completion(self):
+        named = set(OPTION.findall(read("completions/_vorn-openfiles").split("_vorn_openfiles() {")[1]))
+        self.assertEqual(named & {each for each in named if is_option(each)}, self.options)
+        subprocess.run(["zsh", "-n", DATA + "/completions/_vorn-openfiles"], check=True)
+
+    def test_fish_completion(self):
+        text = read("completions/vorn-openfiles.fish")
+        named = {"--" + name for name in re.findall(r"^complete .* -l ([a-z0-9-]+)", text, re.M)}
+        named |= {"-" + name for name in re.findall(r"^complete .* -s ([a-z])", text, re.M)}
+        self.assertEqual(named, self.options)
+        script = f"source {DATA}/completions/vorn-openfiles.fish; complete -C'vorn-openfiles --sort ho'"
+        offered = subprocess.run(["fish", "--no-config", "-c", script], capture_output=True, check=True,
+                                 env={"PATH": os.environ["PATH"], "HOME": "/tmp"}).stdout
+        self.assertIn(b"host", offered)
+
+    def test_columns_are_the_same_everywhere(self):
+        columns = re.search(r"it takes: (.*)", run("--columns", "?").stderr.decode()).group(1).split(", ")
+        self.assertEqual(len(columns), 11)
+        for name in ("completions/_vorn-openfiles", "completions/vorn-openfiles.bash",
+                     "completions/vorn-openfiles.fish"):
+            self.assertIn(" ".join(columns), read(name))
+        self.assertIn(", ".join(columns), read("man/vorn-openfiles.8").replace(",\n", ", "))
+
+    def test_man_page_has_no_faults(self):
+        lint = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", DATA + "/man/vorn-openfiles.8"],
+                              capture_output=True, check=False)
+        self.assertEqual((lint.returncode, lint.stdout), (0, b""))
+
+
+class Schema(unittest.TestCase):
+    def validate(self, instance, definition=None):
+        with open(SCHEMA, encoding="utf-8") as file:
+            schema = json.load(file)
+        if definition:
+            schema.pop("oneOf")
+            schema["$ref"] = "#/$defs/" + definition
+        for name, content in (("schema", json.dumps(schema).encode()), ("instance", instance)):
+            with open("/tmp/" + name, "wb") as file:
+                file.write(content)
+        return subprocess.run(["/usr/bin/python3", "-W", "ignore", "-m", "jsonschema", "-i", "/tmp/instance",
+                               "/tmp/schema"], capture_output=True, check=False)
+
+    def check(self, instance, definition=None):
+        result = self.validate(instance, definition)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+
+    def test_every_output_is_as_the_schema_has_it(self):
+        gone = touch(b"/volume1/photo/\xff gone")
+        with Holder([gone, touch(b"/volume1/photo/a"), b"/volume1/photo"]):
+            os.unlink(gone)
+            self.check(run("--json", "--time").stdout)
+            self.check(run("--json", "--by", "volume").stdout)
+            self.check(run("--json", "--count-by", "service,path").stdout)
+            for line in run("--format", "jsonl").stdout.splitlines():
+                self.check(line, "file")
+            watch = subprocess.Popen([COMMAND, "--watch", "--format", "jsonl"], stdout=subprocess.PIPE)
+            self.check(watch.stdout.readline(), "event")
+            watch.stdout.close()
+            watch.wait(20)
+        self.check(run("services", "--json").stdout, "services")
+        self.check(run("check", "--json").stdout, "check")
+        self.check(run("--json", "/volume2").stdout)
+
+    def test_schema_refuses_what_is_no_output(self):
+        for wrong in ("{}", '{"schema":2,"by":"share","complete":true,"files":[]}',
+                      '{"schema":1,"by":"share","complete":false,"files":[]}',
+                      '{"schema":1,"by":"share","complete":true,"files":[{"pid":"1"}]}'):
+            self.assertEqual(self.validate(wrong.encode()).returncode, 1, wrong)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,124 @@
+"""What people see: widths, colours and the watch."""
+
+import json
+import os
+import signal
+import subprocess
+import unicodedata
+import unittest
+
+from support import COMMAND, Holder, run, touch
+from terminal import Terminal
+
+LONG = "/volume1/photo/" + "holiday on the sea " * 8 + "\u5199\u771f\u5199\u771f.jpg"
+
+
+def columns(text):
+    """Columns that a terminal takes for a text without escapes."""
+    return sum(0 if unicodedata.combining(c) else 2 if unicodedata.east_asian_width(c) in "WF" else 1 for c in text)
+
+
+class OnATerminal(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.holder = Holder([touch(LONG.encode()), touch(b"/volume1/photo/a.jpg")])
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.holder.__exit__()
+
+    def test_table_fits_every_width(self):
+        for width in (20, 40, 79, 80, 132):
+            status, lines = Terminal(columns=width, NO_COLOR="1").finish()
+            self.assertEqual((status, len(lines), lines[-1]), (0, 4, ""))
+            self.assertLessEqual(max(map(columns, lines)), width)
+            self.assertTrue(any("\u2026" in line for line in lines))
+        self.assertTrue(any(line.endswith("\u771f.jpg") for line in lines))
+
+    def test_long_path_is_whole_where_it_fits_and_off_a_terminal(self):
+        _, lines = Terminal(columns=400, NO_COLOR="1").finish()
+        self.assertTrue(any(line.endswith(LONG[len("/volume1/"):]) for line in lines))
+        self.assertIn(LONG[len("/volume1/"):].encode(), run().stdout)
+
+    def test_ascii_locale(self):
+        _, lines = Terminal(columns=60, NO_COLOR="1", LANG="C").finish()
+        self.assertTrue(any("\\..." in line for line in lines))
+        self.assertLessEqual(max(map(columns, lines)), 60)
+
+    def test_colour_on_a_terminal_alone(self):
+        self.assertIn("\x1b[1mSERVICE", "\n".join(Terminal().finish()[1]))
+        for env in ({"NO_COLOR": "1"}, {"TERM": "dumb"}):
+            self.assertNotIn("\x1b", "\n".join(Terminal(**env).finish()[1]))
+        self.assertNotIn(b"\x1b", run(env={"TERM": "xterm"}).stdout)
+
+    def test_watch_marks_what_is_new_and_leaves_the_screen_as_it_was(self):
+        terminal = Terminal("--watch", "0.1", columns=70)
+        self.assertIn(b"\x1b[?1049h", terminal.wait_for(b"a.jpg"))
+        with Holder([touch(b"/volume1/photo/new.jpg")]):
+            self.assertIn(b"\x1b[32m+", terminal.wait_for(b"new.jpg"))
+        terminal.wait_for(b"1 closed")
+        terminal.process.send_signal(signal.SIGINT)
+        status, lines = terminal.finish()
+        self.assertEqual(status, 0)
+        self.assertTrue("\n".join(lines).endswith("\x1b[?25h\x1b[?1049l"))
+
+    def test_watch_follows_the_size(self):
+        terminal = Terminal("--watch", "1000", columns=60, NO_COLOR="1")
+        terminal.wait_for(b"\x1b[J")
+        terminal.resize(300, 24)
+        terminal.wait_for(LONG[len("/volume1/"):].encode())
+        terminal.wait_for(b"\x1b[J")
+        terminal.resize(20, 4)
+        screen = terminal.wait_for(b"\x1b[J").decode()
+        self.assertEqual(screen.count("\r\n"), 3)
+        for line in screen.replace("\x1b[H", "").replace("\x1b[K", "").replace("\x1b[J", "").split("\r\n"):
+            self.assertLessEqual(columns(line), 20)
+        terminal.process.send_signal(signal.SIGTERM)
+        self.assertEqual(terminal.finish()[0], 0)
+
+    def test_watch_needs_a_terminal_for_its_table(self):
+        result = run("--watch")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn(b"--format jsonl", result.stderr)
+
+
+class Events(unittest.TestCase):
+    def start(self, *arguments):
+        return subprocess.Popen([COMMAND, "--watch", "0.1", "--format", "jsonl", *arguments],
+                                stdout=subprocess.PIPE)
+
+    def test_opened_and_closed_with_the_whole_record(self):
+        with Holder([touch(b"/volume1/photo/first")]):
+            watch = self.start("/volume1/photo/first", "/volume1/photo/second")
+            first = json.loads(watch.stdout.readline())
+            with Holder([touch(b"/volume1/photo/second")]) as holder:
+                opened = json.loads(watch.stdout.readline())
+            closed = json.loads(watch.stdout.readline())
+            watch.send_signal(signal.SIGTERM)
+            self.assertEqual((watch.stdout.read(), watch.wait(20)), (b"", 0))
+            watch.stdout.close()
+        self.assertEqual([(each["event"], each["initial"], each["file"]["filename"])
+                          for each in (first, opened, closed)],
+                         [("opened", True, "first"), ("opened", False, "second"), ("closed", False, "second")])
+        self.assertEqual(opened["file"], closed["file"])
+        self.assertEqual(opened["file"]["pid"], str(holder.pid))
+
+    def test_interrupt_ends_it_with_a_time_limit_as_well(self):
+        with Holder([touch(b"/volume1/photo/first")]):
+            watch = self.start("--timeout", "30")
+            watch.stdout.readline()
+            watch.send_signal(signal.SIGINT)
+            watch.stdout.read()
+            self.assertEqual(watch.wait(20), 0)
+            watch.stdout.close()
+
+    def test_closed_pipe_ends_it_though_nothing_happens(self):
+        with Holder([touch(b"/volume1/photo/first")]):
+            watch = self.start()
+            watch.stdout.readline()
+            watch.stdout.close()
+            self.assertEqual(watch.wait(20), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
