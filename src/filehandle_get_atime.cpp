@@ -32,6 +32,7 @@ int VORNGetLastAccessTime(std::list<OpenedFile>& list) {
     for (auto file = list.begin(); file != list.end();) {
         const char* path = RecordTexts::FullPath(*file).c_str();
         if (stat(path, &status) != 0) {
+            // __extension__: syslog's own %m is not a format of the C++ standard.
             __extension__ syslog(LOG_ERR, "%s:%d Failed to stat file [%s], skipped. error=[%m]",
                                  kSource, 41, path);
             file = list.erase(file);
