@@ -9,6 +9,7 @@
 #include "connection/proc_net_tcp.h"
 #include "connection/process_reader.h"
 #include "connection/server_connections.h"
+#include "connection/smb_query.h"
 #include "connection/sock_diag.h"
 #include "connection/socket_holder.h"
 #include "connection/ssh_session.h"
@@ -33,7 +34,7 @@ ClientSockets ReadClientSockets() {
 /** What SMB servers told earlier; the one state that outlives a call. */
 SmbUsers UsersOfSmbServers(const std::vector<SmbServer>& servers) {
     static std::mutex mutex;
-    static SmbSessions sessions(AskSmbStatus);
+    static SmbSessions sessions([] { return AskSmbStatus(); });
     const std::lock_guard<std::mutex> lock(mutex);
     return sessions.UsersOf(servers);
 }

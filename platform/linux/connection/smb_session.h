@@ -63,9 +63,6 @@ private:
     std::optional<Clock::time_point> failed_;
 };
 
-/** Runs smbstatus, with a limit on its time and on its output. */
-std::optional<SmbUsers> AskSmbStatus();
-
 }  // namespace vornplatform
 
 #endif

@@ -40,10 +40,14 @@ std::optional<SshProcess> ReadSshProcess(const SocketHolder& holder) {
     process.parent = stat->parent;
     process.uid = *uid;
     process.program = holder.program;
-    process.loginUid = ReadLoginUid(holder.pid);
     process.session = ReadSessionId(holder.pid);
-    process.parentSession = ReadSessionId(stat->parent);
-    process.hasChildren = HasChildren(holder.pid);
+    if (process.session) {
+        process.loginUid = ReadLoginUid(holder.pid);
+        process.parentSession = ReadSessionId(stat->parent);
+    }
+    // Tells only of a login that has no session of its own.
+    if (process.session == process.parentSession)
+        process.hasChildren = HasChildren(holder.pid);
     return process;
 }
 

@@ -7,6 +7,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace {
+
+/** In the child: closed when the body has run. */
+int bodyRuns = -1;
+
+}  // namespace
+
 Child::Child(const std::function<void()>& body) {
     // Closed when the body has run, or on execution of a program.
     int running[2];
@@ -18,8 +25,9 @@ Child::Child(const std::function<void()>& body) {
     if (pid_ == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         close(running[0]);
+        bodyRuns = running[1];
         body();
-        close(running[1]);
+        LeaveBody();
         for (;;)
             pause();
     }
@@ -27,6 +35,10 @@ Child::Child(const std::function<void()>& body) {
     char byte;
     EXPECT_EQ(read(running[0], &byte, 1), 0);
     close(running[0]);
+}
+
+void Child::LeaveBody() {
+    close(bodyRuns);
 }
 
 Child::~Child() {

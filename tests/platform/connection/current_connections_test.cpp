@@ -1,58 +1,21 @@
 #include "vorn/platform/connection.h"
 
 #include <gtest/gtest.h>
-#include <pwd.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "connection/child.h"
 #include "connection/private_network.h"
+#include "connection/serving.h"
 #include "temp_folder.h"
 #include "vorn/platform/error.h"
 
 namespace {
 
-constexpr uid_t kNobody = 65534;
 constexpr uid_t kNameless = 1234567;
-
-struct Seen {
-    std::string host;
-    std::string user;
-
-    bool operator==(const Seen& other) const { return host == other.host && user == other.user; }
-};
-
-std::ostream& operator<<(std::ostream& out, const Seen& seen) {
-    return out << seen.user << " at " << seen.host;
-}
-
-/** The records of one process, in their order. */
-std::vector<Seen> SeenOf(pid_t pid) {
-    VORN_CURCONN* records = nullptr;
-    const int count = VORNCurConnGet(&records);
-    EXPECT_GE(count, 0);
-    const std::unique_ptr<VORN_CURCONN, decltype(&std::free)> owner(records, std::free);
-    std::vector<Seen> seen;
-    for (int i = 0; i < count; ++i) {
-        EXPECT_NE(records[i].type, 10U);
-        if (records[i].pid == static_cast<std::uint32_t>(pid))
-            seen.push_back({records[i].szHost, records[i].szUser});
-    }
-    return seen;
-}
-
-using List = std::vector<Seen>;
-
-std::string NameOf(uid_t uid) {
-    const passwd* user = getpwuid(uid);
-    return user != nullptr ? user->pw_name : std::to_string(uid);
-}
 
 /** A child that alone holds the server's end of a connection, as the given user. */
 std::unique_ptr<Child> ServeAs(uid_t uid, ServedClient& client) {
@@ -61,22 +24,12 @@ std::unique_ptr<Child> ServeAs(uid_t uid, ServedClient& client) {
     return child;
 }
 
-/** A child that runs a program of the given name, with the server's end at one descriptor. */
+/** A child that runs a program, with the server's end at one descriptor. */
 std::unique_ptr<Child> ServeBy(const std::string& program, int descriptor, ServedClient& client) {
-    auto child = std::make_unique<Child>([&] {
-        dup2(client.Server().Get(), descriptor);
-        execl(program.c_str(), program.c_str(), "infinity", nullptr);
-        _exit(1);
-    });
+    auto child =
+        std::make_unique<Child>([&] { BecomeServer(program, client.Server().Get(), descriptor); });
     client.Server().Reset();
     return child;
-}
-
-/** An executable that does nothing, under the name of a server. */
-std::string MakeServer(const TempFolder& folder, const std::string& name) {
-    const std::string path = folder.Path(name);
-    std::filesystem::copy_file("/usr/bin/sleep", path);
-    return path;
 }
 
 TEST(Connections, AreNoneWithoutAClient) {
@@ -178,7 +131,6 @@ TEST(Connections, AreFoundAtAnyDescriptorOfAKnownServerAlone) {
         };
         for (const auto& row : rows) {
             ServedClient client(listener, "127.0.0.2");
-            std::filesystem::remove(folder.Path(row.program));
             const auto server = ServeBy(MakeServer(folder, row.program), row.descriptor, client);
             EXPECT_EQ(SeenOf(server->Pid()), row.seen) << row.program << " " << row.descriptor;
         }

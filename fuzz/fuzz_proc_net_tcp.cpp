@@ -1,0 +1,19 @@
+// The text of /proc/net/tcp and /proc/net/tcp6, up to the texts of the addresses.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+#include <vector>
+
+#include "connection/proc_net_tcp.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::vector<vornplatform::TcpSocket> sockets;
+    vornplatform::ParseProcNetTcp({reinterpret_cast<const char*>(data), size}, sockets);
+    for (const auto& [inode, host] : vornplatform::SelectClientSockets(sockets)) {
+        if (inode == 0 || host.empty())
+            std::abort();
+    }
+    return 0;
+}

@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Builds the fuzz targets and runs each for a while, from its seeds.
+#
+#   fuzz/run.sh SECONDS [TARGET...]
+#
+# TARGET is a name under fuzz/corpus, such as smb_status; without one all are run. What is found
+# along the way is kept in build/fuzz/corpus, so that a further run starts where this one ended. An
+# input that fails is left in build/fuzz/failures, and the exit status is 1.
+set -euo pipefail
+
+if [[ ! ${1-} =~ ^[1-9][0-9]*$ ]]; then
+    sed -n '2,/^set /{/^#/s/^# \{0,1\}//p}' "$0" >&2
+    exit 2
+fi
+seconds=$1
+shift
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+[[ $# -gt 0 ]] || mapfile -t all < <(ls "$root/fuzz/corpus")
+targets=("${@:-${all[@]}}")
+for target in "${targets[@]}"; do
+    if [[ ! -d $root/fuzz/corpus/$target ]]; then
+        echo "run.sh: no target named '$target'" >&2
+        exit 2
+    fi
+done
+
+cd "$root"
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
+
+build=$root/build/fuzz
+mkdir -p "$build/failures" "$build/logs"
+status=0
+for target in "${targets[@]}"; do
+    corpus=$build/corpus/$target
+    log=$build/logs/$target
+    mkdir -p "$corpus"
+    if "$build/bin/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
+        -print_final_stats=1 -artifact_prefix="$build/failures/$target-" \
+        "$corpus" "$root/fuzz/corpus/$target" >"$log" 2>&1; then
+        runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
+        echo "$target: clean after $runs runs in $seconds s"
+    else
+        cat "$log"
+        echo "$target: FAILED"
+        status=1
+    fi
+done
+exit "$status"
