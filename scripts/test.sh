@@ -67,9 +67,10 @@ phase_valgrind() {
 
 phase_coverage() {
     quietly cmake --preset coverage
-    quietly cmake --build --preset coverage --target vornfilehandle_unit
+    quietly cmake --build --preset coverage --target vornfilehandle_unit vornfilehandle_unit_shared
     find build/coverage -name '*.gcda' -delete
     quietly build/coverage/bin/vornfilehandle_unit
+    quietly build/coverage/bin/vornfilehandle_unit_shared
     gcovr --root . --filter 'src/' --object-directory build/coverage \
         --exclude-throw-branches --fail-under-line 100
 }
