@@ -1,0 +1,56 @@
+"""The installed command and what it lists."""
+
+import functools
+import json
+import os
+import subprocess
+import time
+
+from processes import become
+
+UNKNOWN = ("-", "-")
+
+
+class Listing:
+    """What vorn-openfiles has printed."""
+
+    def __init__(self, done, seconds):
+        self.status = done.returncode
+        self.errors = done.stderr.decode(errors="replace")
+        self.seconds = seconds
+        if self.status not in (0, 1):
+            raise AssertionError(f"vorn-openfiles ended with {self.status}: {self.errors}")
+        self.document = json.loads(done.stdout.decode("utf-8", errors="strict"))
+        self.complete = self.document["complete"]
+        self.files = self.document["files"]
+
+    def of(self, path, pid=None):
+        """All records of a full path (of one process)."""
+        return [file for file in self.files if file["full_path"] == path
+                and (pid is None or file["pid"] == str(pid))]
+
+    def one(self, path, pid=None):
+        """The only record of a full path (of one process)."""
+        found = self.of(path, pid)
+        if len(found) != 1:
+            raise AssertionError(f"{len(found)} records of {path} by {pid}: {found}; listed: "
+                                 f"{[(file['full_path'], file['pid']) for file in self.files]}")
+        return found[0]
+
+    def client(self, path, pid=None):
+        """(service, host, user) of the only record of a path."""
+        record = self.one(path, pid)
+        return record["service"], record["host"], record["user"]
+
+
+def open_files(*arguments, environment=None, user=None):
+    """Runs the installed vorn-openfiles (as a user) and gives what it lists."""
+    base = {key: value for key, value in os.environ.items()
+            if key != "LANG" and key != "LANGUAGE" and not key.startswith("LC_")}
+    base["ASAN_OPTIONS"] = "detect_leaks=0"  # leaks are another test's business
+    started = time.monotonic()
+    done = subprocess.run(["/usr/sbin/vorn-openfiles", "--format", "json", *arguments],
+                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          env={**base, **(environment or {})}, check=False, timeout=60,
+                          preexec_fn=user and functools.partial(become, user))
+    return Listing(done, time.monotonic() - started)

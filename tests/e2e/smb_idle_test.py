@@ -1,0 +1,35 @@
+#!/usr/bin/python3
+"""An SMB client that has said nothing for so long that its server has turned back into root.
+
+A module of its own, as that takes a minute.
+"""
+
+import os
+import signal
+
+from harness import main, wait_until
+from listing import open_files
+from processes import await_holder
+from smb_test import SmbTest, setUpModule  # unittest calls setUpModule
+
+
+def effective_user(pid):
+    with open(f"/proc/{pid}/status", encoding="utf-8") as file:
+        return int(next(line for line in file if line.startswith("Uid:")).split()[2])
+
+
+class IdleSmbClient(SmbTest):
+    def test_it_still_has_its_address_and_user(self):
+        client = self.hold("alice", "127.0.0.2", "file-0")
+        # A stopped client sends no keep-alive either.
+        os.kill(client.pid, signal.SIGSTOP)
+        server = await_holder("/volume1/share/file-0", "smbd")
+        self.assertNotEqual(effective_user(server), 0)
+        wait_until(lambda: effective_user(server) == 0, "the idle server to become root",
+                   patience=120)
+        self.assertEqual(open_files().client("/volume1/share/file-0"),
+                         ("SMB", "127.0.0.2", "alice"))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,152 @@
+#!/usr/bin/python3
+"""Files that clients hold over SMB: from where, and by whom."""
+
+import os
+import subprocess
+import unittest
+
+from harness import PASSWORD, main, needs, run, set_up_host, wait_until, write_file
+from listing import UNKNOWN, open_files
+from processes import Holder, await_holder, start, stop
+from servers import Server, SystemLog, from_address
+
+CONFIGURATION = """
+[global]
+    server role = standalone server
+    map to guest = never
+    load printers = no
+    disable spoolss = yes
+    smb ports = 445
+    bind interfaces only = no
+    log level = 0
+    deadtime = 0
+[share]
+    path = /volume1/share
+    read only = no
+[photo]
+    path = /volume1/photo
+    read only = no
+"""
+
+
+def setUpModule():
+    needs("smbd", "smbclient", "smbpasswd", "smbstatus")
+    set_up_host()
+    write_file("/etc/samba/smb.conf", CONFIGURATION)
+    for user in ("alice", "bob"):
+        run(["smbpasswd", "-s", "-a", user], input=f"{PASSWORD}\n{PASSWORD}\n")
+    for number in range(3):
+        write_file(f"/volume1/share/file-{number}", b"content", 0o666)
+
+
+class SmbTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.server = Server("smbd", ["/usr/sbin/smbd", "--foreground", "--no-process-group"], 445)
+        cls.addClassCleanup(cls.server.stop)
+
+    def hold(self, user, client, *names, share="share"):
+        """Has a client open files and keep them open; gives it."""
+        process = start(["smbclient", f"//{from_address(client)}/{share}", "-U",
+                         f"{user}%{PASSWORD}"], stdin=subprocess.PIPE)
+        self.addCleanup(stop, process)
+        self.open(process, *names)
+        for name in names:
+            await_holder(f"/volume1/{share}/{name}", "smbd")
+        return process
+
+    def open(self, client, *names):
+        for name in names:
+            client.stdin.write(f"open {name}\n".encode())
+        client.stdin.flush()
+
+
+class SmbClients(SmbTest):
+    def test_a_client_has_its_address_and_user(self):
+        self.hold("alice", "127.0.0.2", "file-0")
+        self.assertEqual(open_files().client("/volume1/share/file-0"),
+                         ("SMB", "127.0.0.2", "alice"))
+
+    def test_two_users_on_two_connections_are_told_apart(self):
+        self.hold("alice", "127.0.0.3", "file-1")
+        self.hold("bob", "127.0.0.4", "file-2")
+        listing = open_files()
+        self.assertEqual(listing.client("/volume1/share/file-1"), ("SMB", "127.0.0.3", "alice"))
+        self.assertEqual(listing.client("/volume1/share/file-2"), ("SMB", "127.0.0.4", "bob"))
+
+    def test_one_file_of_two_clients_has_a_record_for_each(self):
+        self.hold("alice", "127.0.0.5", "file-0")
+        self.hold("bob", "127.0.0.6", "file-0")
+        wait_until(lambda: len(open_files().of("/volume1/share/file-0")) == 2, "both clients")
+        clients = {(file["host"], file["user"]) for file in
+                   open_files().of("/volume1/share/file-0")}
+        self.assertEqual(clients, {("127.0.0.5", "alice"), ("127.0.0.6", "bob")})
+
+    def test_a_client_over_ipv6_has_its_address(self):
+        self.hold("bob", "::1", "file-1")
+        self.assertEqual(open_files().client("/volume1/share/file-1"), ("SMB", "::1", "bob"))
+
+
+class SmbStatusThatFails(SmbTest):
+    """The users of SMB clients are asked of smbstatus, which may be anything."""
+
+    STATUS = "/usr/bin/smbstatus"
+
+    def setUp(self):
+        self.log = SystemLog()
+        self.addCleanup(self.log.close)
+        os.rename(self.STATUS, self.STATUS + ".real")
+        self.addCleanup(os.rename, self.STATUS + ".real", self.STATUS)
+        self.hold("alice", "127.0.0.10", "file-0")
+
+    def expect_unknown_user_and_one_line(self):
+        listing = open_files()
+        self.assertEqual(listing.client("/volume1/share/file-0"),
+                         ("SMB", "127.0.0.10", "unknown"))
+        self.assertLess(listing.seconds, 10)
+        lines = self.log.take()
+        self.assertEqual([self.STATUS in line for line in lines], [True], lines)
+
+    def replace(self, command):
+        write_file(self.STATUS, f"#!/bin/sh\n{command}\n", 0o755)
+
+    def test_one_that_works_gives_the_user(self):
+        self.replace(f'exec {self.STATUS}.real "$@"')
+        self.assertEqual(open_files().client("/volume1/share/file-0"),
+                         ("SMB", "127.0.0.10", "alice"))
+        self.assertEqual(self.log.take(), [])
+
+    def test_one_that_is_absent_costs_the_user_and_one_line(self):
+        self.expect_unknown_user_and_one_line()
+
+    def test_one_that_hangs_costs_the_user_and_one_line(self):
+        self.replace("exec sleep 98765")
+        self.expect_unknown_user_and_one_line()
+        self.assertNotIn("98765", run(["ps", "-e", "-o", "args"]))
+
+    def test_one_that_prints_garbage_costs_the_user_and_one_line(self):
+        self.replace("head -c 4096 /dev/urandom")
+        self.expect_unknown_user_and_one_line()
+
+    def test_one_that_prints_a_gigabyte_costs_the_user_and_one_line(self):
+        self.replace("exec head -c 1G /dev/zero")
+        self.expect_unknown_user_and_one_line()
+
+    def test_one_that_fails_costs_the_user_and_one_line(self):
+        self.replace("echo '{}'; exit 1")
+        self.expect_unknown_user_and_one_line()
+
+
+class NotAnSmbClient(SmbTest):
+    def test_without_a_client_smbstatus_is_not_run(self):
+        local = Holder("/volume1/share/local", self.server.group)
+        self.addCleanup(local.stop)
+        os.rename("/usr/bin/smbstatus", "/usr/bin/smbstatus.real")
+        self.addCleanup(os.rename, "/usr/bin/smbstatus.real", "/usr/bin/smbstatus")
+        write_file("/usr/bin/smbstatus", "#!/bin/sh\necho >>/run/smbstatus-ran\n", 0o755)
+        self.assertEqual(open_files().client("/volume1/share/local"), ("SMB", *UNKNOWN))
+        self.assertFalse(os.path.exists("/run/smbstatus-ran"))
+
+
+if __name__ == "__main__":
+    main()
