@@ -25,7 +25,7 @@ def accepted_options():
 
 
 def is_option(option):
-    return any(b"there is no option" not in run(command, option, "--help").stderr for command in COMMANDS)
+    return any(b"there is no option" not in run(command, option, "--help", cwd="/tmp").stderr for command in COMMANDS)
 
 
 def offered_by_help():
