@@ -6,6 +6,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "support/failing_calls.h"
+
 namespace unit {
 
 using VORN::FileHandle::OpenedFile;
@@ -20,6 +22,7 @@ LibraryTest::LibraryTest()
     ResetPlatform();
     libc = ScriptedLibc();
     setters = ScriptedSetters();
+    TheFailingCalls() = FailingCalls();
     journal.Clear();
     journal.onCall = nullptr;
     libc.active = true;

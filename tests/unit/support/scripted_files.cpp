@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "support/failing_calls.h"
 #include "support/failing_new.h"
 #include "support/journal.h"
 #include "support/real_function.h"
@@ -41,8 +42,15 @@ bool IsControlGroup(const std::string& path) {
     return TheLibc().active && !PidOf(path).empty() && path == "/proc/" + PidOf(path) + "/cgroup";
 }
 
+/** The control-group file that was opened last. */
+int controlGroupFile = -1;
+
 int OpenControlGroup(const std::string& path) {
     unit::Note("open", path);
+    if (unit::Fails("open")) {
+        errno = EIO;
+        return -1;
+    }
     const auto text = TheLibc().controlGroups.find(PidOf(path));
     if (text == TheLibc().controlGroups.end()) {
         errno = ENOENT;
@@ -53,7 +61,7 @@ int OpenControlGroup(const std::string& path) {
         return -1;
     }
     lseek(descriptor, 0, SEEK_SET);
-    return descriptor;
+    return controlGroupFile = descriptor;
 }
 
 int OpenAny(const char* name, const char* path, int flags, mode_t mode) {
@@ -77,6 +85,10 @@ template <typename Status>
 int StatusOf(const char* name, const char* path, Status* status) {
     if (TheLibc().active) {
         unit::Note("stat", path);
+        if (unit::Fails("stat")) {
+            errno = EIO;
+            return -1;
+        }
         const auto scripted = TheLibc().statuses.find(path);
         if (scripted != TheLibc().statuses.end()) {
             std::memset(status, 0, sizeof(*status));
@@ -102,11 +114,19 @@ ssize_t readlink(const char* path, char* buffer, size_t size) noexcept {
     }
     unit::Note("readlink", path, size);
     const auto link = TheLibc().links.find(path);
-    if (link == TheLibc().links.end()) {
-        errno = ENOENT;
+    if (unit::Fails("readlink") || link == TheLibc().links.end()) {
+        errno = EIO;
         return -1;
     }
     return static_cast<ssize_t>(link->second.copy(buffer, size));
+}
+
+ssize_t read(int file, void* buffer, size_t size) {
+    if (TheLibc().active && file == controlGroupFile && unit::Fails("read")) {
+        errno = EIO;
+        return -1;
+    }
+    return Real(&read, "read")(file, buffer, size);
 }
 
 int stat(const char* path, struct stat* status) noexcept {
@@ -124,7 +144,7 @@ int access(const char* path, int mode) noexcept {
     }
     unit::Note("access", path, mode);
     errno = ENOENT;
-    return TheLibc().unitFiles.count(path) != 0 ? 0 : -1;
+    return !unit::Fails("access") && TheLibc().unitFiles.count(path) != 0 ? 0 : -1;
 }
 
 int open(const char* path, int flags, ...) {

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 
+#include "support/failing_calls.h"
 #include "support/journal.h"
 #include "support/real_function.h"
 
@@ -83,10 +84,19 @@ void tzset() noexcept {
     Real(&tzset, "tzset")();
 }
 
+struct tm* localtime_r(const time_t* time, struct tm* fields) noexcept {
+    if (TheLibc().active && unit::Fails("localtime_r")) {
+        errno = EOVERFLOW;
+        return nullptr;
+    }
+    return Real(&localtime_r, "localtime_r")(time, fields);
+}
+
 size_t strftime(char* buffer, size_t size, const char* format, const struct tm* fields) noexcept {
     if (TheLibc().active) {
         unit::Note("strftime", size, format);
-        if (TheLibc().failingTimeTexts.count(++TheLibc().timeTextCalls) != 0) {
+        if (unit::Fails("strftime") ||
+            TheLibc().failingTimeTexts.count(++TheLibc().timeTextCalls) != 0) {
             return 0;
         }
     }

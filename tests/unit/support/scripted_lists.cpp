@@ -2,6 +2,7 @@
 
 #include <deque>
 
+#include "support/failing_calls.h"
 #include "support/journal.h"
 #include "support/scripted_lists.h"
 #include "support/scripted_platform.h"
@@ -73,7 +74,7 @@ extern "C" {
 KLIBC_SZLIST* KLIBCSzListAlloc(int size) {
     unit::Note("KLIBCSzListAlloc", size);
     const int call = ++ThePlatform().allocCalls;
-    if (ThePlatform().failingAllocs.count(call) != 0) {
+    if (unit::Fails("KLIBCSzListAlloc") || ThePlatform().failingAllocs.count(call) != 0) {
         unit::SetPlatformError(unit::ScriptedPlatform::kAllocError);
         return nullptr;
     }
@@ -85,7 +86,8 @@ KLIBC_SZLIST* KLIBCSzListAlloc(int size) {
 
 int KLIBCSzListPush(KLIBC_SZLIST** list, const char* text) {
     unit::Note("KLIBCSzListPush", unit::ListName(*list), text);
-    if (ThePlatform().failingPushes.count(++ThePlatform().pushCalls) != 0) {
+    if (unit::Fails("KLIBCSzListPush") ||
+        ThePlatform().failingPushes.count(++ThePlatform().pushCalls) != 0) {
         unit::SetPlatformError(unit::ScriptedPlatform::kPushError);
         return -1;
     }

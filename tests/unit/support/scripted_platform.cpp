@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "support/failing_calls.h"
 #include "support/failing_new.h"
 #include "support/journal.h"
 #include "support/scripted_lists.h"
@@ -68,7 +69,7 @@ int KLIBCErrGet(void) {
 int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list, int options) {
     unit::Note("KLIBCFileEnumDir", path, pattern, unit::ListName(*list), unit::Hex(options));
     const auto names = ThePlatform().directories.find(path);
-    if (names == ThePlatform().directories.end()) {
+    if (unit::Fails("KLIBCFileEnumDir") || names == ThePlatform().directories.end()) {
         unit::AppendTexts("KLIBCFileEnumDir", list, ThePlatform().partialDirectories[path]);
         return Fail(ScriptedPlatform::kEnumDirError);
     }
@@ -78,6 +79,9 @@ int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list,
 
 int KLIBCFileCheckDir(const char* path) {
     unit::Note("KLIBCFileCheckDir", path);
+    if (unit::Fails("KLIBCFileCheckDir")) {
+        return Fail(ScriptedPlatform::kCheckDirError);
+    }
     const auto check = ThePlatform().directoryChecks.find(path);
     return check != ThePlatform().directoryChecks.end() ? check->second : 0;
 }
@@ -88,7 +92,7 @@ int KLIBCFileGetSectionValue(const char* path, const char* section, const char* 
     unit::Note("KLIBCFileGetSectionValue", path, section, key, size);
     EXPECT_EQ(std::count(buffer, buffer + size, '\0'), size);
     const auto value = ThePlatform().sectionValues.find({path, section, key});
-    if (value == ThePlatform().sectionValues.end()) {
+    if (unit::Fails("KLIBCFileGetSectionValue") || value == ThePlatform().sectionValues.end()) {
         return Fail(ScriptedPlatform::kSectionError);
     }
     const size_t length = value->second.copy(buffer, static_cast<size_t>(size) - 1);
@@ -98,6 +102,9 @@ int KLIBCFileGetSectionValue(const char* path, const char* section, const char* 
 
 int VORNShareEnum(KLIBC_SZLIST** names, int flags) {
     unit::Note("VORNShareEnum", unit::ListName(*names), unit::Hex(flags));
+    if (unit::Fails("VORNShareEnum")) {
+        return Fail(ScriptedPlatform::kShareEnumError);
+    }
     std::vector<std::string> texts;
     for (const ScriptedPlatform::Share& share : ThePlatform().shares) {
         texts.push_back(share.name);
@@ -111,7 +118,7 @@ int VORNShareGet(const char* name, VORN_SHARE** share) {
     ScriptedPlatform& platform = ThePlatform();
     unit::Note("VORNShareGet", name, *share == nullptr ? "null" : "the record");
     EXPECT_TRUE(*share == nullptr || *share == &platform.shareRecord);
-    if (platform.failingShares.count(name) != 0) {
+    if (unit::Fails("VORNShareGet") || platform.failingShares.count(name) != 0) {
         return Fail(ScriptedPlatform::kShareGetError);
     }
     for (const ScriptedPlatform::Share& scripted : platform.shares) {
@@ -135,7 +142,7 @@ VORN_MOUNT_VOL_INFO* VORNMountVolAllEnum(int type, int state, int flags) {
         ThePlatform().volumes[i].copy(chain[i].szMountPath, sizeof(chain[i].szMountPath) - 1);
         chain[i].pNext = i + 1 < chain.size() ? &chain[i + 1] : nullptr;
     }
-    if (chain.empty()) {
+    if (unit::Fails("VORNMountVolAllEnum") || chain.empty()) {
         Fail(ScriptedPlatform::kVolumeError);
         return nullptr;
     }
@@ -148,6 +155,9 @@ void VORNMountVolInfoFree(VORN_MOUNT_VOL_INFO* volume) {
 
 int VORNEAHiddenDirGet(KLIBC_SZLIST** list) {
     unit::Note("VORNEAHiddenDirGet", unit::ListName(*list));
+    if (unit::Fails("VORNEAHiddenDirGet")) {
+        return Fail(ScriptedPlatform::kHiddenError);
+    }
     unit::AppendTexts("VORNEAHiddenDirGet", list, ThePlatform().hiddenDirectories);
     const int result = ThePlatform().hiddenResult;
     return result < 0 ? (Fail(ScriptedPlatform::kHiddenError), result) : result;

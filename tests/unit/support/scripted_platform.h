@@ -40,6 +40,7 @@ struct ScriptedPlatform {
     static constexpr int kConnectionError = 0x0A08;
     static constexpr int kProcessError = 0x0A09;
     static constexpr int kSectionError = 0x0A0A;
+    static constexpr int kCheckDirError = 0x0A0B;
 
     struct Share {
         std::string name;

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
+#include "support/failing_calls.h"
 #include "support/failing_new.h"
 #include "support/journal.h"
 #include "support/scripted_platform.h"
@@ -55,9 +57,9 @@ int VORNCurConnGet(VORN_CURCONN** connections) {
     unit::Note("VORNCurConnGet", *connections == nullptr ? "null" : "set");
     const auto& scripted = ThePlatform().connections;
     const int result = ThePlatform().connectionResult.value_or(static_cast<int>(scripted.size()));
-    if (result < 0) {
+    if (unit::Fails("VORNCurConnGet") || result < 0) {
         unit::SetPlatformError(ScriptedPlatform::kConnectionError);
-        return result;
+        return std::min(result, -1);
     }
     if (!scripted.empty()) {
         *connections = MakeBlock(scripted);
@@ -72,7 +74,7 @@ int KLIBCProcGetByPid(int pid, KLIBC_PROC** process) {
     const unit::FailingNewPause pause;
     unit::Note("KLIBCProcGetByPid", pid, *process == nullptr ? "null" : "set");
     const auto scripted = ThePlatform().processes.find(pid);
-    if (scripted == ThePlatform().processes.end()) {
+    if (unit::Fails("KLIBCProcGetByPid") || scripted == ThePlatform().processes.end()) {
         unit::SetPlatformError(ScriptedPlatform::kProcessError);
         return -1;
     }
@@ -119,6 +121,9 @@ const char* StringBundle::Text(const char* key, const char* fallback) {
     const unit::FailingNewPause pause;
     const std::string& name = *static_cast<std::string*>(state_);
     unit::Note("StringBundle::Text", name, key, fallback);
+    if (unit::Fails("StringBundle::Text")) {
+        return nullptr;
+    }
     const auto bundle = ThePlatform().bundles.find(name);
     if (bundle == ThePlatform().bundles.end()) {
         return fallback;
