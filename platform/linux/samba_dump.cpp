@@ -87,6 +87,9 @@ std::optional<std::string_view> ValueOf(std::string_view line, std::string_view 
 }  // namespace
 
 std::optional<SambaDump> ParseSambaDump(std::string_view text) {
+    // Names reach callers as C strings: one that is cut there would not be found again.
+    if (text.find('\0') != std::string_view::npos)
+        return std::nullopt;
     SambaDump dump;
     dump.usershareFolder = kUsershareFolder;
     Section section;

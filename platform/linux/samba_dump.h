@@ -21,7 +21,7 @@ struct SambaDump {
  *
  * Left out: [homes], [printers], [print$] and other printers, shares that are not available, and
  * paths that depend on the client or lie in no volume. Nothing at all for a text without [global],
- * which testparm always prints.
+ * which testparm always prints, or with a zero byte, which it never does.
  */
 std::optional<SambaDump> ParseSambaDump(std::string_view text);
 

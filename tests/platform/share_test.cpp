@@ -20,6 +20,8 @@
 
 namespace {
 
+using namespace std::string_view_literals;
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -130,7 +132,9 @@ TEST(SambaDump, SaysWhereUsersharesAre) {
 }
 
 TEST(SambaDump, IsNothingForAnotherText) {
-    for (const char* text : {"", "Segmentation fault", "[a]\n\tpath = /volume1/a\n", "\n\n\xff["})
+    for (const std::string_view text :
+         {""sv, "Segmentation fault"sv, "[a]\n\tpath = /volume1/a\n"sv, "\n\n\xff["sv,
+          "[global]\n[a\0b]\n\tpath = /volume1/a\n"sv})
         EXPECT_FALSE(vornplatform::ParseSambaDump(text)) << text;
 }
 
