@@ -1,0 +1,174 @@
+/*
+ * Enumerates open files, by share and by volume in turn, while the host changes as fast as it can,
+ * and holds each result against what was really open. Run it in a sample host: it mounts volumes.
+ *
+ *     vorn_flood ENUMERATIONS [SECONDS FIGURES]
+ *
+ * With SECONDS it goes on for that long, ENUMERATIONS notwithstanding, and writes a line a second
+ * to the file FIGURES: seconds, enumerations, resident KiB, descriptors. SSH_COMMAND in the
+ * environment is a shell command that runs one SSH session.
+ *
+ * Prints figures; ends with 1 when anything was wrong or grew.
+ */
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <optional>
+
+#include "churners.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Size {
+    long residentKib = 0;
+    long descriptors = 0;
+};
+
+struct FolderCloser {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+
+Size OwnSize() {
+    Size size;
+    std::ifstream statm("/proc/self/statm");
+    long total = 0;
+    statm >> total >> size.residentKib;
+    size.residentKib *= sysconf(_SC_PAGESIZE) / 1024;
+    const std::unique_ptr<DIR, FolderCloser> folder(opendir("/proc/self/fd"));
+    while (readdir(folder.get()) != nullptr)
+        ++size.descriptors;
+    return size;
+}
+
+struct Plan {
+    long enumerations;
+    double seconds;
+    const char* figures;
+};
+
+class Run {
+public:
+    Run(flood::Truth& truth, const Plan& plan) : truth_(truth), plan_(plan) {
+        if (plan.figures != nullptr)
+            figures_.emplace(plan.figures);
+    }
+
+    void Go() {
+        while (!IsOver()) {
+            EnumerateOnce(static_cast<int>(enumerations_ % 2));
+            ++enumerations_;
+            sizes_.push_back(OwnSize());
+            if (figures_ && Elapsed() >= static_cast<double>(written_))
+                WriteFigures();
+            if (verdict_.wrong.size() > 20)
+                return;
+        }
+    }
+
+    int Report() const {
+        const flood::Done& done = truth_.done;
+        const double seconds = Elapsed();
+        printf("%ld enumerations in %.1f s, %ld failed\n", enumerations_, seconds, failed_);
+        printf("%ju records checked, %ju of them stable during the call, %zu wrong\n",
+               verdict_.checked, verdict_.stable, verdict_.wrong.size());
+        printf("meanwhile: %ju processes (%.0f/s), %ju files opened, %ju renamed, %ju deleted, ",
+               done.processes.load(), static_cast<double>(done.processes) / seconds,
+               done.opens.load(), done.renames.load(), done.deletions.load());
+        printf("%ju mounts, %ju shares made, %ju SSH sessions\n", done.mounts.load(),
+               done.shares.load(), done.sessions.load());
+        for (const std::string& wrong : verdict_.wrong)
+            fprintf(stderr, "wrong: %s\n", wrong.c_str());
+        const bool flat = ReportSize();
+        return failed_ == 0 && verdict_.wrong.empty() && verdict_.stable > 0 && flat ? 0 : 1;
+    }
+
+private:
+    double Elapsed() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
+
+    bool IsOver() const {
+        return plan_.seconds > 0 ? Elapsed() >= plan_.seconds : enumerations_ >= plan_.enumerations;
+    }
+
+    void EnumerateOnce(int enumby) {
+        std::list<VORN::FileHandle::OpenedFile> list;
+        const auto before = truth_.Read();
+        const int result = VORN::FileHandle::VORNEnumOpenedFile(list, enumby);
+        const auto after = truth_.Read();
+        if (result == 0)
+            flood::Check(list, before, after, verdict_);
+        else
+            ++failed_;
+    }
+
+    void WriteFigures() {
+        ++written_;
+        *figures_ << Elapsed() << ' ' << enumerations_ << ' ' << sizes_.back().residentKib << ' '
+                  << sizes_.back().descriptors << std::endl;
+    }
+
+    /** The most of each kind in the second quarter and in the last: memory settles at first. */
+    bool ReportSize() const {
+        const auto most = [this](std::size_t quarter) {
+            const std::size_t count = sizes_.size() / 4;
+            Size size;
+            for (std::size_t i = quarter * count; i < (quarter + 1) * count; ++i) {
+                size.residentKib = std::max(size.residentKib, sizes_[i].residentKib);
+                size.descriptors = std::max(size.descriptors, sizes_[i].descriptors);
+            }
+            return size;
+        };
+        constexpr long kAllowedKib = 512;
+        const Size early = most(1);
+        const Size late = most(3);
+        printf("resident KiB: %ld in the second quarter, %ld in the last; descriptors: %ld, %ld\n",
+               early.residentKib, late.residentKib, early.descriptors, late.descriptors);
+        return late.residentKib <= early.residentKib + kAllowedKib &&
+               late.descriptors <= early.descriptors;
+    }
+
+    flood::Truth& truth_;
+    Plan plan_;
+    Clock::time_point start_ = Clock::now();
+    std::optional<std::ofstream> figures_;
+    long written_ = 0;
+    long enumerations_ = 0;
+    long failed_ = 0;
+    flood::Verdict verdict_;
+    std::vector<Size> sizes_;
+};
+
+void StartChurners(flood::Truth& truth) {
+    mkdir(flood::kShareFolder, 0777);
+    flood::StartHolders(truth);
+    flood::StartProcessChurner(truth);
+    flood::StartFileChurner(truth);
+    flood::StartMountChurner(truth);
+    flood::StartShareChurner(truth);
+    flood::StartSessionChurner(truth, getenv("SSH_COMMAND"));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const Plan plan{argc > 1 ? std::strtol(argv[1], nullptr, 10) : 0,
+                    argc > 3 ? std::strtod(argv[2], nullptr) : 0, argc > 3 ? argv[3] : nullptr};
+    if (plan.enumerations < 20 && plan.seconds <= 0) {
+        fprintf(stderr, "usage: vorn_flood ENUMERATIONS [SECONDS FIGURES]\n");
+        return 2;
+    }
+    flood::Truth& truth = *flood::Truth::Make();
+    StartChurners(truth);
+    Run run(truth, plan);
+    run.Go();
+    return run.Report();
+}

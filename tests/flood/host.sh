@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Inside the sample host: starts sshd, where there is one, and runs a command with SSH_COMMAND set
+# to what runs one session that holds a file, and a connection that is dropped before it is one.
+#
+#   tests/flood/host.sh COMMAND [ARG...]
+set -euo pipefail
+
+keys=/run/flood
+port=22 # the sample host's network is its own
+
+start_sshd() {
+    mkdir -p "$keys" /run/sshd
+    chmod 700 "$keys"
+    local name
+    for name in host user; do
+        ssh-keygen -q -t ed25519 -N '' -f "$keys/$name"
+    done
+    # A client ends when its pipe does; sshd must not hold what the test reads.
+    /usr/sbin/sshd -f /dev/null -h "$keys/host" -p "$port" -o ListenAddress=127.0.0.1 \
+        -o UsePAM=no -o PermitRootLogin=yes -o StrictModes=no -o MaxStartups=100 \
+        -o AuthorizedKeysFile="$keys/user.pub" -o PidFile="$keys/pid" -E "$keys/log"
+}
+
+write_session() {
+    # shellcheck disable=SC2016 # expanded by the session's shell
+    cat >"$keys/session" <<END
+#!/bin/bash
+: </dev/tcp/127.0.0.1/$port
+ssh -F /dev/null -q -i $keys/user -p $port -o BatchMode=yes -o StrictHostKeyChecking=no \\
+    -o UserKnownHostsFile=/dev/null root@127.0.0.1 \\
+    'exec 3>/volume1/photo/ssh-p\$\$; exec sleep 0.1' </dev/null
+status=\$?
+rm -f /volume1/photo/ssh-p*
+exit \$status
+END
+    chmod 755 "$keys/session"
+}
+
+if command -v ssh >/dev/null && [[ -x /usr/sbin/sshd ]]; then
+    start_sshd
+    write_session
+    export SSH_COMMAND=$keys/session
+else
+    echo "flood: no SSH server or client, so no sessions come and go" >&2
+fi
+exec "$@"
