@@ -1,0 +1,22 @@
+// Unit files and text bundles. The first two lines name section and key, the rest is the file.
+
+#include "ini_text.h"
+#include "support/lines.h"
+#include "text_input.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    std::string_view text = TextOf(data, size);
+    const std::string_view section = vornplatform::TakeLine(text);
+    const std::string_view key = vornplatform::TakeLine(text);
+    const auto value = vornplatform::SectionValue(text, section, key);
+    if (!value)
+        return 0;
+    Must(!value->empty() && value->size() <= text.size());
+    Must(value->find('\n') == std::string::npos);
+    for (const std::size_t limit : {0, 1, 2, 3, 4, 7, 1023}) {
+        const std::string_view part = vornplatform::CutUtf8(*value, limit);
+        Must(part.size() <= limit && part.size() + 4 > std::min(limit, value->size()));
+        Must(value->compare(0, part.size(), part) == 0);
+    }
+    return 0;
+}

@@ -1,0 +1,13 @@
+// A file of "net usershare". As its reader does, without zero bytes.
+
+#include "samba_dump.h"
+#include "share_checks.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view text = TextOf(data, size);
+    if (text.find('\0') != std::string_view::npos)
+        return 0;
+    if (auto share = vornplatform::ParseUsershare("file name", text))
+        CheckShares({std::move(*share)});
+    return 0;
+}

@@ -1,0 +1,28 @@
+#ifndef VORN_FUZZ_SHARE_CHECKS_H
+#define VORN_FUZZ_SHARE_CHECKS_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "share_table.h"
+#include "text_input.h"
+#include "volume_table.h"
+
+/** Whatever the source: each share lies on a volume and is found again by its name. */
+inline void CheckShares(std::vector<vornplatform::Share> shares) {
+    for (const vornplatform::Share& share : shares) {
+        Must(vornplatform::IsOnVolume(share.path));
+        Must(share.path.back() != '/' && share.path.find("//") == std::string::npos);
+        Must((share.path + "/").find("/../") == std::string::npos);
+    }
+    const vornplatform::ShareTable table(std::move(shares));
+    for (const vornplatform::Share& share : table.Shares()) {
+        // Names and paths pass through C strings.
+        Must(share.path.find('\0') == std::string::npos);
+        Must(!share.name.empty() && share.name.find('\0') == std::string::npos);
+        Must(table.Find(share.name) == &share);
+    }
+}
+
+#endif
