@@ -11,6 +11,7 @@
 #   tidy      clang-tidy over library, stand-in and command
 #   asan      unit, platform and cli tests under AddressSanitizer and UndefinedBehaviorSanitizer
 #   valgrind  unit tests under memcheck
+#   fuzz      every fuzz target for two seconds (fuzz/run.sh runs them for longer)
 #   coverage  lines of src/ that the unit tests reach (only when asked for)
 #
 # Run as root, no test may be skipped: what a test misses, "install" has to bring.
@@ -63,6 +64,10 @@ phase_asan() {
 phase_valgrind() {
     quietly valgrind --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite,indirect \
         --child-silent-after-fork=yes build/release/bin/vornfilehandle_unit
+}
+
+phase_fuzz() {
+    quietly fuzz/run.sh 2
 }
 
 phase_coverage() {
@@ -148,7 +153,7 @@ for phase in "$@"; do
         exit 2
     fi
 done
-[[ $# -gt 0 ]] || set -- install shell format build test tidy asan valgrind
+[[ $# -gt 0 ]] || set -- install shell format build test tidy asan valgrind fuzz
 
 counter=$(mktemp)
 trap 'rm -f "$counter"' EXIT
