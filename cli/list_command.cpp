@@ -31,6 +31,9 @@ int ListCommand(const Options& options, Gate& gate) {
         }
         output.Flush();
     }
+    if (!snapshot.notice.empty() && !options.quiet) {
+        Complain(snapshot.notice);
+    }
     if (!snapshot.incompleteReason.empty() && (options.strict || !options.quiet)) {
         Complain("incomplete: " + snapshot.incompleteReason);
     }

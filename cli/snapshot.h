@@ -28,6 +28,8 @@ struct Snapshot {
     std::unordered_set<const OpenedFile*> deleted; /**< nodes of files */
     /** Why processes are missing from the list; empty when it is complete. */
     std::string incompleteReason;
+    /** What else the user should know; mostly empty. */
+    std::string notice;
 
     bool IsDeleted(const OpenedFile& file) const {
         return !deleted.empty() && deleted.count(&file) != 0;

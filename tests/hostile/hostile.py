@@ -1,0 +1,139 @@
+"""What a user does who may create files and start processes, and nothing else.
+
+    hostile.py TRICK [ARGUMENT]
+
+Becomes the user nobody, plays the trick, says "ready" and waits until standard input ends.
+"""
+
+import ctypes
+import os
+import socket
+import sys
+
+CLONE_NEWNS, CLONE_NEWUSER = 0x20000, 0x10000000
+MNT_DETACH, MS_BIND = 2, 4096
+PR_SET_DUMPABLE, PR_SET_NAME = 4, 15
+NOBODY = 65534
+
+libc = ctypes.CDLL(None, use_errno=True)
+held = []
+
+
+def must(result):
+    if result < 0:
+        raise OSError(ctypes.get_errno(), os.strerror(ctypes.get_errno()))
+    return result
+
+
+def write(path, text):
+    with open(path, "w", encoding="ascii") as file:
+        file.write(text)
+
+
+def enter_user_namespace():
+    """As any user may: with root's rights over nothing but what is made inside."""
+    must(libc.prctl(PR_SET_DUMPABLE, 1, 0, 0, 0))
+    must(libc.unshare(CLONE_NEWUSER | CLONE_NEWNS))
+    write("/proc/self/setgroups", "deny")
+    write("/proc/self/uid_map", f"0 {NOBODY} 1")
+    write("/proc/self/gid_map", f"0 {NOBODY} 1")
+
+
+def hold(path, flags=os.O_RDONLY):
+    held.append(os.open(path, flags))
+
+
+def hold_in_own_root(path, folder=False):
+    """Opens PATH in a file system of one's own and takes that off the tree."""
+    must(libc.mount(b"own", b"/tmp", b"tmpfs", 0, None))
+    inside = "/tmp" + path
+    os.makedirs(inside if folder else os.path.dirname(inside))
+    hold(inside, os.O_RDONLY if folder else os.O_CREAT | os.O_RDWR)
+    must(libc.umount2(b"/tmp", MNT_DETACH))
+
+
+def forge_path(path):
+    enter_user_namespace()
+    hold_in_own_root(path)
+
+
+def bare_volume(_):
+    enter_user_namespace()
+    hold_in_own_root("/volume", folder=True)
+
+
+def restless_volume(_):
+    """Opens and closes it all the time, from the moment it is ready."""
+    enter_user_namespace()
+    hold_in_own_root("/volume", folder=True)
+    other = os.open("/dev/null", os.O_RDONLY)
+    if os.fork() == 0:
+        number = os.dup(other)
+        while os.getppid() != 1:
+            os.dup2(held[0], number)
+            os.dup2(other, number)
+        os._exit(0)
+
+
+def own_volume9(_):
+    """A volume of one's own, where nobody else sees it."""
+    enter_user_namespace()
+    must(libc.mount(b"own", b"/tmp", b"tmpfs", 0, None))
+    must(libc.mount(b"own", b"/volume2", b"tmpfs", 0, None))
+    hold("/volume2/mine", os.O_CREAT | os.O_RDWR)
+
+
+def hide_behind_bind_mount(path):
+    enter_user_namespace()
+    os.mkdir("/tmp/elsewhere")
+    must(libc.mount(os.path.dirname(path).encode(), b"/tmp/elsewhere", None, MS_BIND, None))
+    hold("/tmp/elsewhere/" + os.path.basename(path))
+
+
+def memory_file(name):
+    held.append(os.memfd_create(name))
+
+
+def no_name(_):
+    hold("/volume1/photo", os.O_TMPFILE | os.O_RDWR)
+
+
+def process_name(name):
+    must(libc.prctl(PR_SET_NAME, os.fsencode(name), 0, 0, 0))
+    hold("/volume1/photo/named", os.O_CREAT | os.O_RDWR)
+
+
+def serve(_):
+    """Serves a connection from itself, under the name that it was started by."""
+    listener = socket.create_server(("127.0.0.1", 0))
+    client = socket.create_connection(listener.getsockname(), source_address=("127.0.0.77", 0))
+    held.extend([listener, client, listener.accept()[0]])
+    hold("/volume1/photo/served", os.O_CREAT | os.O_RDWR)
+
+
+def link_after_rename(path):
+    hold(path, os.O_CREAT | os.O_RDWR)
+    os.unlink(path)
+    os.symlink("/etc", path)
+
+
+def deep_path(_):
+    """A folder whose path is longer than any text of a path may be."""
+    os.chdir("/volume1/photo")
+    for _ in range(30):
+        os.mkdir("d" * 255)
+        os.chdir("d" * 255)
+    hold("file", os.O_CREAT | os.O_RDWR)
+
+
+def main():
+    os.setgroups([])
+    os.setresgid(NOBODY, NOBODY, NOBODY)
+    os.setresuid(NOBODY, NOBODY, NOBODY)
+    globals()[sys.argv[1]](sys.argv[2] if len(sys.argv) > 2 else None)
+    print("ready", flush=True)
+    sys.stdin.read()
+
+
+if __name__ == "__main__":
+    main()

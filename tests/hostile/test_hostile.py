@@ -1,0 +1,167 @@
+"""What a user who may only create files and start processes can do to the list."""
+
+import ctypes
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from support import Holder, run, touch
+
+REAL = "/volume1/photo/real"
+
+
+class Hostile:
+    """The user nobody at a trick of hostile.py."""
+
+    def __init__(self, trick, *arguments, executable=sys.executable):
+        self._process = subprocess.Popen(
+            [executable, os.path.abspath("hostile.py"), trick, *arguments],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.pid = str(self._process.pid)
+
+    def __enter__(self):
+        said = self._process.stdout.readline()
+        if said != b"ready\n":
+            raise AssertionError(f"the trick did not work: {said!r}")
+        return self
+
+    def __exit__(self, *_):
+        self._process.stdin.close()
+        self._process.wait()
+        self._process.stdout.close()
+
+
+class HostileUser(unittest.TestCase):
+    def setUp(self):
+        self._honest = Holder([touch(REAL.encode())])
+        self._honest.__enter__()
+        self.addCleanup(self._honest.__exit__)
+
+    def listed(self, *arguments):
+        """The records, the honest one among them and without it: nothing may touch that one."""
+        result = run("--json", *arguments)
+        self.assertIn(result.returncode, (0, 1), result.stderr)
+        files = json.loads(result.stdout)["files"]
+        honest = [file for file in files if file["pid"] == str(self._honest.pid)]
+        self.assertEqual([file["full_path"] for file in honest], [REAL])
+        self.assertEqual((honest[0]["user"], honest[0]["host"]), ("-", "-"))
+        return [file for file in files if file not in honest], result.stderr.decode()
+
+    # Mount and user namespaces
+
+    def test_a_forged_path_bears_the_pid_of_who_forged_it(self):
+        with Hostile("forge_path", "/volume1/photo/secret") as user:
+            files, _ = self.listed()
+            self.assertEqual([(file["full_path"], file["pid"], file["user"]) for file in files],
+                             [("/volume1/photo/secret", user.pid, "-")])
+
+    def test_a_forged_path_of_an_open_file_leaves_that_one_alone(self):
+        with Hostile("forge_path", REAL) as user:
+            files, _ = self.listed()
+            self.assertEqual([(file["full_path"], file["pid"]) for file in files], [(REAL, user.pid)])
+
+    def test_the_bare_volume_is_left_out_and_named(self):
+        with Hostile("bare_volume") as user:
+            for arguments in ([], ["--by", "volume"], ["--timeout", "60"]):
+                files, said = self.listed(*arguments)
+                self.assertEqual(files, [])
+                self.assertIn(f'named "/volume", which is in no volume; held open by: {user.pid}\n', said)
+            self.assertEqual(run("metrics").returncode, 0)
+
+    def test_the_bare_volume_at_every_moment_costs_a_clear_message_at_worst(self):
+        with Hostile("restless_volume"):
+            for _ in range(20):
+                result = run("--json")
+                if result.returncode == 2:
+                    self.assertIn(b'an object named "/volume" over and over', result.stderr)
+                else:
+                    self.assertEqual(len(json.loads(result.stdout)["files"]), 1)
+
+    def test_a_volume_of_ones_own_is_no_volume_of_the_host(self):
+        with Hostile("own_volume9"):
+            before = run("check").stdout
+            self.assertIn(b"2 mounted: /volume1, /volume2", before)
+            # The path is that of their own mount; by its text it is the host's volume.
+            files, _ = self.listed("--by", "volume")
+            self.assertEqual([file["full_path"] for file in files], ["/volume2/mine"])
+
+    def test_a_private_bind_mount_hides_ones_own_files_only(self):
+        with Hostile("hide_behind_bind_mount", REAL):
+            self.assertEqual(self.listed()[0], [])
+
+    # Files without a name on a volume
+
+    def test_memory_files_are_on_no_volume_whatever_their_name(self):
+        for name in ("/volume1/photo/x", "../volume1/photo/x", "/../volume1/photo/x"):
+            with Hostile("memory_file", name):
+                self.assertEqual(self.listed("--by", "volume")[0], [])
+
+    def test_files_without_a_name_are_shown_as_the_kernel_calls_them(self):
+        with Hostile("no_name") as user:
+            files, _ = self.listed()
+            self.assertEqual([file["pid"] for file in files], [user.pid])
+            self.assertRegex(files[0]["full_path"], r"^/volume1/photo/#\d+ \(deleted\)$")
+            self.assertTrue(files[0]["deleted"])
+
+    def test_a_path_longer_than_the_kernel_tells_is_left_out(self):
+        with Hostile("deep_path") as user:
+            self.assertEqual(self.listed()[0], [])
+            with self.assertRaises(OSError):
+                for number in os.listdir(f"/proc/{user.pid}/fd"):
+                    os.readlink(f"/proc/{user.pid}/fd/{number}")
+        shutil.rmtree("/volume1/photo/" + "d" * 255)
+
+    # Processes
+
+    def test_names_of_processes_change_nothing(self):
+        for name in ("a\nb", ") R 1 1", "(sshd)", "\x1b[2J", "sshd: root@pts/0"):
+            with Hostile("process_name", name) as user:
+                files, _ = self.listed()
+                self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
+                                 [(user.pid, "-", "-")])
+
+    def test_a_false_server_speaks_for_its_own_user_only(self):
+        # The host is the true peer's, the user that of the process; only smbstatus, which knows
+        # none of its sessions, may name another for an smbd.
+        for server, user in (("sshd", "-"), ("smbd", "unknown"), ("vsftpd", "nobody"), ("any", "nobody")):
+            with self.subTest(server), tempfile.TemporaryDirectory() as folder:
+                os.chmod(folder, 0o755)
+                program = shutil.copy(os.path.realpath(sys.executable), os.path.join(folder, server))
+                with Hostile("serve", executable=program) as hostile:
+                    files, _ = self.listed()
+                    host = "-" if user == "-" else "127.0.0.77"
+                    self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
+                                     [(hostile.pid, user, host)])
+
+    # Files that are not what they were
+
+    def test_a_link_in_place_of_a_deleted_file_leads_nowhere(self):
+        with Hostile("link_after_rename", "/volume1/photo/swapped"):
+            files, _ = self.listed("--time")
+            self.assertEqual([(file["full_path"], file["folder"], file["time"]) for file in files],
+                             [("/volume1/photo/swapped (deleted)", False, "-")])
+        os.unlink("/volume1/photo/swapped")
+
+    def test_a_file_system_of_a_user_that_never_answers_is_not_waited_for(self):
+        # What fusermount does for a user: nobody but this user may ask the file system.
+        os.makedirs("/volume1/photo/mnt")
+        libc = ctypes.CDLL(None, use_errno=True)
+        fuse = os.open("/dev/fuse", os.O_RDWR)
+        options = f"fd={fuse},rootmode=40000,user_id=65534,group_id=65534".encode()
+        if libc.mount(b"fuse", b"/volume1/photo/mnt", b"fuse", 0, options) != 0:
+            self.skipTest("this kernel has no FUSE")
+        self.addCleanup(libc.umount2, b"/volume1/photo/mnt", 2)
+        self.addCleanup(os.close, fuse)
+        held = os.open("/volume1/photo/mnt", os.O_PATH)
+        self.addCleanup(os.close, held)
+        files, _ = self.listed("--time", "--timeout", "20")
+        self.assertEqual([(file["full_path"], file["time"]) for file in files],
+                         [("/volume1/photo/mnt", "-")])
+
+
+if __name__ == "__main__":
+    unittest.main()
