@@ -27,8 +27,8 @@ for dropIn in "$units"/*.d; do
     # systemd makes up a slice that has no file; ours are to be the ones with the names.
     expected+="${unit/@./@1.} $slice"$'\n'"$slice -.slice $units/$slice"$'\n'
 done
-for slice in "$units"/*.slice; do
-    names+=("$(basename "$slice")")
+for unit in "$units"/*.{slice,timer}; do
+    names+=("$(basename "$unit")")
 done
 printf '[Unit]\nWants=%s\n' "${names[*]}" >"$units/all.target"
 

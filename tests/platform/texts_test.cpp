@@ -214,7 +214,7 @@ TEST(Slices, TakeInTheDaemonsOfDebian) {
     };
     std::map<std::string, std::string> slices;
     for (const std::string& name : NamesIn(kData / "systemd")) {
-        if (kSlices.count(name) == 0) {
+        if (fs::is_directory(kData / "systemd" / name)) {
             EXPECT_EQ(NamesIn(kData / "systemd" / name),
                       std::set<std::string>{"50-vorn-slice.conf"});
             slices[name] =
