@@ -58,7 +58,8 @@ struct Plan {
 
 class Run {
 public:
-    Run(flood::Truth& truth, const Plan& plan) : truth_(truth), plan_(plan) {
+    Run(flood::Truth& truth, const Plan& plan)
+        : truth_(truth), plan_(plan), noteEvery_(plan.seconds > 0 ? 1 : 0.01) {
         if (plan.figures != nullptr)
             figures_.emplace(plan.figures);
     }
@@ -67,9 +68,8 @@ public:
         while (!IsOver()) {
             EnumerateOnce(static_cast<int>(enumerations_ % 2));
             ++enumerations_;
-            sizes_.push_back(OwnSize());
-            if (figures_ && Elapsed() >= static_cast<double>(written_))
-                WriteFigures();
+            if (Elapsed() >= noteEvery_ * static_cast<double>(sizes_.size()))
+                NoteSize();
             if (verdict_.wrong.size() > 20)
                 return;
         }
@@ -110,10 +110,13 @@ private:
             ++failed_;
     }
 
-    void WriteFigures() {
-        ++written_;
-        *figures_ << Elapsed() << ' ' << enumerations_ << ' ' << sizes_.back().residentKib << ' '
-                  << sizes_.back().descriptors << std::endl;
+    /** Once a second in a long run: what is noted must not be what grows. */
+    void NoteSize() {
+        const Size size = OwnSize();
+        sizes_.push_back(size);
+        if (figures_)
+            *figures_ << Elapsed() << ' ' << enumerations_ << ' ' << size.residentKib << ' '
+                      << size.descriptors << std::endl;
     }
 
     /** The most of each kind in the second quarter and in the last: memory settles at first. */
@@ -138,9 +141,9 @@ private:
 
     flood::Truth& truth_;
     Plan plan_;
+    double noteEvery_; /**< seconds */
     Clock::time_point start_ = Clock::now();
     std::optional<std::ofstream> figures_;
-    long written_ = 0;
     long enumerations_ = 0;
     long failed_ = 0;
     flood::Verdict verdict_;

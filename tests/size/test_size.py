@@ -1,0 +1,151 @@
+"""Hosts as large as the machine allows: everything is listed, at what cost."""
+
+import json
+import os
+import resource
+import subprocess
+import sys
+import time
+import unittest
+
+from support import COMMAND
+
+POPULATE = os.environ["VORN_POPULATE"]
+HARD_LIMIT = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
+PROCESSES = int(os.environ.get("VORN_SIZE_PROCESSES", 30000))
+
+# Says "ready" and waits until standard input ends; the work comes before.
+DEEP = r"""
+import os, resource, sys
+count, first, limit = int(sys.argv[1]), int(sys.argv[2]), resource.getrlimit(resource.RLIMIT_NOFILE)[1]
+resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit))
+os.makedirs("/volume1/photo", exist_ok=True)
+os.chdir("/volume1/photo")
+for _ in range(15):
+    os.makedirs("d" * 254, exist_ok=True)
+    os.chdir("d" * 254)
+for i in range(first, first + count):
+    os.open(f"{i:0240}", os.O_CREAT | os.O_RDWR)
+print("ready", flush=True)
+sys.stdin.read()
+"""
+
+# A web server by its name, each of whose clients comes from another address.
+SERVER = r"""
+import os, resource, socket, sys
+number, count, limit = int(sys.argv[1]), int(sys.argv[2]), resource.getrlimit(resource.RLIMIT_NOFILE)[1]
+resource.setrlimit(resource.RLIMIT_NOFILE, (limit, limit))
+listener = socket.create_server(("127.0.0.1", 0), backlog=64)
+back, front = os.pipe()
+client = os.fork()
+held = []
+if client == 0:
+    for i in range(count):
+        held.append(socket.create_connection(listener.getsockname(),
+                    source_address=(f"127.{number + 1}.{i // 250}.{i % 250 + 1}", 0)))
+else:
+    held = [listener.accept()[0] for _ in range(count)]
+    os.open("/volume1/photo/served-%d" % number, os.O_CREAT | os.O_RDWR)
+    print("ready", flush=True)
+sys.stdin.read()
+"""
+
+
+class Started:
+    """Processes that print "ready" when they are, and end with their standard input."""
+
+    def __init__(self, *commands):
+        self._processes = [subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+                           for command in commands]
+
+    def __enter__(self):
+        for process in self._processes:
+            said = process.stdout.readline()
+            if said != b"ready\n":
+                raise AssertionError(f"a process did not get ready: {said!r}")
+        return self
+
+    def __exit__(self, *_):
+        for process in self._processes:
+            process.stdin.close()
+            process.wait()
+            process.stdout.close()
+
+
+class Size(unittest.TestCase):
+    def listed(self, *arguments):
+        """The full paths; prints what the command took."""
+        begin = time.monotonic()
+        process = subprocess.Popen([COMMAND, "--print0", "full_path", *arguments], stdout=subprocess.PIPE)
+        output = process.stdout.read()
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        process.stdout.close()
+        self.assertEqual(process.returncode, 0)
+        paths = output.split(b"\0")[:-1]
+        print(f"\n  {len(paths)} records, {len(output) / 1e6:.1f} MB of paths: {time.monotonic() - begin:.2f} s, "
+              f"{usage.ru_maxrss / 1024:.0f} MiB at most", file=sys.stderr)
+        return paths
+
+    def test_one_process_with_as_many_descriptors_as_it_may_have(self):
+        descriptors = HARD_LIMIT - 100
+        with Started([POPULATE, "1", str(descriptors), "0", "/volume1"]):
+            self.assertEqual(len(self.listed("--by", "volume")), descriptors)
+
+    def test_many_processes(self):
+        with Started([POPULATE, str(PROCESSES), "1", "0", "/volume1"]):
+            self.assertEqual(len(self.listed("--by", "volume")), PROCESSES)
+
+    def test_many_shares(self):
+        shares = 10000
+        with open("/etc/exports", "w", encoding="ascii") as exports:
+            for i in range(shares):
+                exports.write(f"/volume1/p{i} *(ro)\n")
+        self.addCleanup(os.unlink, "/etc/exports")
+        with Started([POPULATE, "1000", "10", "0", "/volume1"]):
+            self.assertEqual(len(self.listed()), 10000)
+            found = json.loads(subprocess.run([COMMAND, "check", "--json"],
+                                              stdout=subprocess.PIPE, check=False).stdout)
+            self.assertIn(f"{shares} found", json.dumps(found))
+
+    def test_many_connections(self):
+        servers, clients = 5, 4000
+        os.makedirs("/volume1/photo", exist_ok=True)
+        name = "/tmp/nginx"
+        subprocess.run(["cp", os.path.realpath(sys.executable), name], check=True)
+        with Started(*([name, "-c", SERVER, str(i), str(clients)] for i in range(servers))):
+            self.assertEqual(len(self.listed()), servers)
+            rows = json.loads(subprocess.run([COMMAND, "--json"], stdout=subprocess.PIPE, check=True).stdout)
+            hosts = {row["host"] for row in rows["files"]}
+            # Each with the client at its highest descriptor.
+            last = clients - 1
+            self.assertEqual(hosts, {f"127.{i + 1}.{last // 250}.{last % 250 + 1}" for i in range(servers)})
+            found = subprocess.run([COMMAND, "check"], stdout=subprocess.PIPE, check=False).stdout
+            self.assertIn(b"20000 records of client connections", found)
+
+    def test_hundreds_of_megabytes_of_paths(self):
+        each = min(HARD_LIMIT - 100, 15000)
+        with Started(*([sys.executable, "-c", DEEP, str(each), str(i * each)] for i in range(4))):
+            paths = self.listed()
+            self.assertEqual((len(paths), len(set(paths))), (4 * each, 4 * each))
+            self.assertEqual({len(path) for path in paths}, {4080})
+
+    def test_the_longest_paths_that_the_kernel_tells(self):
+        parts = ["d" * 239] * 16
+        folder = "/".join(["/volume1/photo", *parts]).encode()
+        os.makedirs("/volume1/photo", exist_ok=True)
+        os.chdir("/volume1/photo")
+        for part in parts:
+            os.mkdir(part)
+            os.chdir(part)
+        names = [b"n" * (length - len(folder) - 1) for length in (4094, 4095, 4096)]
+        held = [os.open(name, os.O_CREAT | os.O_RDWR) for name in names]
+        os.chdir("/")
+        # The kernel refuses to tell the third, and the list is without it.
+        self.assertEqual(self.listed(), [folder + b"/" + name for name in names[:2]])
+        for file in held:
+            os.close(file)
+
+
+if __name__ == "__main__":
+    unittest.main()
