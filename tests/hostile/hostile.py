@@ -75,8 +75,8 @@ def restless_volume(_):
         os._exit(0)
 
 
-def own_volume9(_):
-    """A volume of one's own, where nobody else sees it."""
+def own_volume2(_):
+    """A volume of one's own over the host's, where nobody else sees it."""
     enter_user_namespace()
     must(libc.mount(b"own", b"/tmp", b"tmpfs", 0, None))
     must(libc.mount(b"own", b"/volume2", b"tmpfs", 0, None))

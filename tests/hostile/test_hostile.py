@@ -64,6 +64,11 @@ class HostileUser(unittest.TestCase):
             files, _ = self.listed()
             self.assertEqual([(file["full_path"], file["pid"]) for file in files], [(REAL, user.pid)])
 
+    def test_a_forged_path_on_no_volume_of_the_host_is_not_listed(self):
+        with Hostile("forge_path", "/volume9/photo/secret"):
+            for by in ("share", "volume"):
+                self.assertEqual(self.listed("--by", by)[0], [])
+
     def test_the_bare_volume_is_left_out_and_named(self):
         with Hostile("bare_volume") as user:
             for arguments in ([], ["--by", "volume"], ["--timeout", "60"]):
@@ -82,7 +87,7 @@ class HostileUser(unittest.TestCase):
                     self.assertEqual(len(json.loads(result.stdout)["files"]), 1)
 
     def test_a_volume_of_ones_own_is_no_volume_of_the_host(self):
-        with Hostile("own_volume9"):
+        with Hostile("own_volume2"):
             before = run("check").stdout
             self.assertIn(b"2 mounted: /volume1, /volume2", before)
             # The path is that of their own mount; by its text it is the host's volume.
