@@ -10,9 +10,7 @@ set -euo pipefail
 
 project=$(realpath "$(dirname "$0")/..")
 cd "$project"
-scripts/install-deps.sh bench
-cmake --preset release >/dev/null
-cmake --build --preset release
+bench/build.sh
 
 if (($# == 0)); then
     set -- 40 250 200 250 200 1000 50 10000 64 15625

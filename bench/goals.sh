@@ -10,9 +10,7 @@ set -euo pipefail
 
 project=$(realpath "$(dirname "$0")/..")
 cd "$project"
-scripts/install-deps.sh bench
-cmake --preset release >/dev/null
-cmake --build --preset release
+bench/build.sh
 mkdir -p docs/performance
 scripts/sample-host.sh /usr/bin/python3 bench/goals.py \
     --project "$project" --binaries "$project/build/release/bin" \

@@ -48,6 +48,15 @@ void Report(benchmark::State& state, List& list) {
     state.SetComplexityN(state.range(0));
 }
 
+/** A stage that can be run again and again on the same list. */
+template <typename Stage>
+void Measure(benchmark::State& state, List& list, Stage stage) {
+    for (auto _ : state) {
+        stage(list);
+    }
+    Report(state, list);
+}
+
 std::vector<std::string> Numbered(const std::string& text, int64_t count) {
     std::vector<std::string> texts;
     for (int64_t i = 0; i < count; ++i) {
@@ -70,46 +79,31 @@ void Filter(benchmark::State& state) {
     List list = Scanned(state.range(0));
     Platform().shares = Numbered("/volume1/share", state.range(1) - 1);
     Platform().shares.push_back("/volume1/photo");
-    for (auto _ : state) {
-        FilterPath(list, ENUM_BY_SHARE);
-    }
-    Report(state, list);
+    Measure(state, list, [](List& files) { FilterPath(files, ENUM_BY_SHARE); });
 }
 
 void Services(benchmark::State& state) {
     List list = Filtered(state.range(0));
-    for (auto _ : state) {
-        GetServiceName(list);
-    }
-    Report(state, list);
+    Measure(state, list, GetServiceName);
 }
 
 void ServicesWithoutUnitFile(benchmark::State& state) {
     List list = Filtered(state.range(0));
     Platform().hasUnitFile = false;
-    for (auto _ : state) {
-        GetServiceName(list);
-    }
-    Report(state, list);
+    Measure(state, list, GetServiceName);
 }
 
 void ServicesWithoutName(benchmark::State& state) {
     List list = Filtered(state.range(0));
     Platform().hasNames = false;
-    for (auto _ : state) {
-        GetServiceName(list);
-    }
-    Report(state, list);
+    Measure(state, list, GetServiceName);
 }
 
 void ConnectionsOf(benchmark::State& state) {
     List list = Filtered(state.range(0));
     GetServiceName(list);
     Platform().connections = static_cast<int>(state.range(1));
-    for (auto _ : state) {
-        UpdateConnectionInfo(list);
-    }
-    Report(state, list);
+    Measure(state, list, UpdateConnectionInfo);
 }
 
 void Sort(benchmark::State& state) {
@@ -132,27 +126,18 @@ void Sort(benchmark::State& state) {
 
 void Deduplicate(benchmark::State& state) {
     List list = Filtered(state.range(0));
-    for (auto _ : state) {
-        EraseAdjacentDuplicates(list);
-    }
-    Report(state, list);
+    Measure(state, list, EraseAdjacentDuplicates);
 }
 
 void Hidden(benchmark::State& state) {
     List list = Filtered(state.range(0));
     Platform().hidden = Numbered("/.hidden", state.range(1));
-    for (auto _ : state) {
-        LabelHidden(list);
-    }
-    Report(state, list);
+    Measure(state, list, LabelHidden);
 }
 
 void Folders(benchmark::State& state) {
     List list = Filtered(state.range(0));
-    for (auto _ : state) {
-        LabelFolder(list);
-    }
-    Report(state, list);
+    Measure(state, list, LabelFolder);
 }
 
 void ToJson(benchmark::State& state) {
