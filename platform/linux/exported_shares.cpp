@@ -6,13 +6,13 @@
 #include <algorithm>
 #include <chrono>
 #include <iterator>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 
+#include "folder_names.h"
 #include "nfs_exports.h"
 #include "samba_dump.h"
 #include "support/fault.h"
@@ -35,10 +35,6 @@ constexpr char kExportsFolder[] = "/etc/exports.d";
 constexpr ProgramLimits kTestparmLimits = {std::chrono::seconds(2), 16 * 1024 * 1024};
 constexpr size_t kMaxIncludes = 1000;
 
-struct ListDeleter {
-    void operator()(KLIBC_SZLIST* list) const { KLIBCSzListFree(list); }
-};
-
 void NoteFailure(ExportedShares& result, int line, const std::string& text) {
     Log(LOG_WARNING, kSource, line, text);
     result.complete = false;
@@ -47,15 +43,10 @@ void NoteFailure(ExportedShares& result, int line, const std::string& text) {
 /** The visible names in a folder, sorted; none for a folder that can't be listed. */
 std::vector<std::string> VisibleNames(const std::string& folder) {
     std::vector<std::string> names;
-    KLIBC_SZLIST* list = KLIBCSzListAlloc(64);
-    const int count = KLIBCFileEnumDir(folder.c_str(), nullptr, &list, 0);
-    const std::unique_ptr<KLIBC_SZLIST, ListDeleter> owner(list);
-    for (int i = 0; i < count; ++i) {
-        const char* name = KLIBCSzListGet(list, i);
-        if (name[0] != '.')
-            names.emplace_back(name);
-    }
-    std::sort(names.begin(), names.end());
+    ReadFolderNames(folder, FolderEntries::kAll, names);
+    names.erase(std::remove_if(names.begin(), names.end(),
+                               [](const std::string& name) { return name.front() == '.'; }),
+                names.end());
     return names;
 }
 

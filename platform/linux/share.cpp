@@ -6,6 +6,7 @@
 
 #include "share_sources.h"
 #include "support/fault.h"
+#include "support/per_thread.h"
 
 namespace {
 
@@ -15,8 +16,12 @@ constexpr char kSource[] = "share";
  * The shares that this thread was told of last, and the record that it got last. Callers never
  * release a record, so there is one a thread, filled anew by each call.
  */
-thread_local std::shared_ptr<const vornplatform::ShareTable> lastTable;
-thread_local VORN_SHARE lastRecord;
+struct Last {
+    std::shared_ptr<const vornplatform::ShareTable> table;
+    VORN_SHARE record = {};
+};
+
+vornplatform::PerThread<Last> lastOfThread;
 
 int PushNames(const vornplatform::ShareTable& table, KLIBC_SZLIST** names) {
     const int before = (*names)->nItem;
@@ -34,8 +39,9 @@ int PushNames(const vornplatform::ShareTable& table, KLIBC_SZLIST** names) {
 int VORNShareEnum(KLIBC_SZLIST** names, int /*flags*/) try {
     if (names == nullptr || *names == nullptr)
         return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
-    lastTable = vornplatform::CurrentShares();
-    return PushNames(*lastTable, names);
+    Last& last = lastOfThread.Get();
+    last.table = vornplatform::CurrentShares();
+    return PushNames(*last.table, names);
 } catch (const std::exception&) {
     return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
 }
@@ -43,13 +49,14 @@ int VORNShareEnum(KLIBC_SZLIST** names, int /*flags*/) try {
 int VORNShareGet(const char* name, VORN_SHARE** share) try {
     if (name == nullptr || share == nullptr)
         return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
-    if (!lastTable)
-        lastTable = vornplatform::CurrentShares();
-    const vornplatform::Share* found = lastTable->Find(name);
+    Last& last = lastOfThread.Get();
+    if (!last.table)
+        last.table = vornplatform::CurrentShares();
+    const vornplatform::Share* found = last.table->Find(name);
     if (found == nullptr)
         return vornplatform::Fail(KLIBC_ERR_NOT_FOUND, kSource, __LINE__);
-    lastRecord.szPath = found->path.c_str();
-    *share = &lastRecord;
+    last.record.szPath = found->path.c_str();
+    *share = &last.record;
     return 0;
 } catch (const std::exception&) {
     return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);

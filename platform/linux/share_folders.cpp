@@ -3,32 +3,21 @@
 #include <syslog.h>
 
 #include <algorithm>
-#include <memory>
 
+#include "folder_names.h"
 #include "hidden_names.h"
 #include "support/fault.h"
 #include "volume_table.h"
-#include "vorn/platform/file.h"
 
 namespace vornplatform {
 namespace {
 
 constexpr char kSource[] = "share_folders";
 
-struct ListDeleter {
-    void operator()(KLIBC_SZLIST* list) const { KLIBCSzListFree(list); }
-};
-
 std::vector<std::string> FoldersOf(const std::string& volume) {
     std::vector<std::string> names;
-    KLIBC_SZLIST* list = KLIBCSzListAlloc(64);
-    const int count = KLIBCFileEnumDir(volume.c_str(), nullptr, &list, KLIBC_ENUM_DIRECTORIES);
-    const std::unique_ptr<KLIBC_SZLIST, ListDeleter> owner(list);
-    if (count < 0)
+    if (ReadFolderNames(volume, FolderEntries::kDirectories, names) != 0)
         Log(LOG_WARNING, kSource, __LINE__, "Failed to list the volume " + Escape(volume));
-    for (int i = 0; i < count; ++i)
-        names.emplace_back(KLIBCSzListGet(list, i));
-    std::sort(names.begin(), names.end());
     return names;
 }
 

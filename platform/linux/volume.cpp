@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/fault.h"
+#include "support/per_thread.h"
 #include "volume_table.h"
 
 namespace {
@@ -17,7 +18,7 @@ constexpr char kSource[] = "volume";
 using Chain = std::vector<VORN_MOUNT_VOL_INFO>;
 
 /** Callers walk the chain and leave it; it stays until the thread asks again or ends. */
-thread_local Chain lastChain;
+vornplatform::PerThread<Chain> chainOfThread;
 
 bool Fits(const std::string& volume) {
     if (volume.size() < sizeof(VORN_MOUNT_VOL_INFO::szMountPath))
@@ -44,6 +45,7 @@ Chain MakeChain(const std::vector<std::string>& volumes) {
 }  // namespace
 
 VORN_MOUNT_VOL_INFO* VORNMountVolAllEnum(int /*type*/, int /*state*/, int /*flags*/) try {
+    Chain& lastChain = chainOfThread.Get();
     lastChain.clear();
     std::vector<std::string> volumes;
     if (const int error = vornplatform::ReadVolumes(volumes); error != 0) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
+#include <new>
 
 namespace vornplatform {
 namespace {
@@ -42,6 +43,8 @@ std::vector<std::string> SelectVolumes(FILE* table) {
 
 int ReadVolumes(std::vector<std::string>& volumes) {
     const std::unique_ptr<FILE, TableCloser> table(setmntent("/proc/self/mounts", "re"));
+    if (!table && errno == ENOMEM)
+        throw std::bad_alloc();
     if (!table)
         return errno;
     volumes = SelectVolumes(table.get());

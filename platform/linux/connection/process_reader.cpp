@@ -1,21 +1,15 @@
 #include "connection/process_reader.h"
 
-#include <dirent.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <memory>
 
 #include "connection/proc_file.h"
+#include "support/folder.h"
 
 namespace vornplatform {
 namespace {
-
-struct CloseDirectory {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
 
 std::string PathOf(pid_t pid, const char* file) {
     return "/proc/" + std::to_string(pid) + '/' + file;
@@ -35,8 +29,8 @@ bool ParsePid(const char* name, pid_t& pid) {
 
 std::vector<pid_t> ListProcesses() {
     std::vector<pid_t> processes;
-    const std::unique_ptr<DIR, CloseDirectory> folder(opendir("/proc"));
-    while (const dirent* entry = folder ? readdir(folder.get()) : nullptr) {
+    const Folder folder = OpenFolder("/proc");
+    while (const dirent* entry = folder ? NextEntry(folder) : nullptr) {
         pid_t pid = 0;
         if (ParsePid(entry->d_name, pid))
             processes.push_back(pid);

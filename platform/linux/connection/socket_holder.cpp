@@ -1,15 +1,14 @@
 #include "connection/socket_holder.h"
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <climits>
-#include <memory>
 #include <optional>
 #include <utility>
 
 #include "connection/process_text.h"
+#include "support/folder.h"
 
 namespace vornplatform {
 namespace {
@@ -25,10 +24,6 @@ constexpr int kLowMisses = 16;
 /** How far the table of a known server is read that has many clients. */
 constexpr int kMaxDescriptors = 4096;
 
-struct CloseDirectory {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
-
 /** One process under search. */
 class Search {
 public:
@@ -37,7 +32,7 @@ public:
     /** @return nothing when the process holds none of the sockets, or has gone */
     std::optional<SocketHolder> Run() {
         const std::string folder = "/proc/" + std::to_string(holder_.pid);
-        descriptors_.reset(opendir((folder + "/fd").c_str()));
+        descriptors_ = OpenFolder((folder + "/fd").c_str());
         if (!descriptors_)
             return std::nullopt;
         LookAtLowest();
@@ -91,7 +86,7 @@ private:
     /** The kernel lists descriptors in ascending order. */
     void LookAtRest() {
         for (int count = 0; count < kMaxDescriptors && NeedsMore(); ++count) {
-            const dirent* entry = readdir(descriptors_.get());
+            const dirent* entry = NextEntry(descriptors_);
             if (entry == nullptr)
                 return;
             LookAt(entry->d_name);
@@ -100,7 +95,7 @@ private:
 
     const ClientSockets& wanted_;
     SocketHolder holder_;
-    std::unique_ptr<DIR, CloseDirectory> descriptors_;
+    Folder descriptors_;
     int next_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <pwd.h>
 
 #include <cerrno>
+#include <new>
 #include <vector>
 
 namespace vornplatform {
@@ -22,6 +23,8 @@ auto LookUp(const Query& query, const Reader& reader) {
         buffer.resize(error == ERANGE ? buffer.size() * 2 : buffer.size());
         error = query(&record, buffer.data(), buffer.size(), &found);
     }
+    if (error == ENOMEM)
+        throw std::bad_alloc();
     return reader(found);
 }
 

@@ -178,13 +178,16 @@ ProgramResult RunProgram(const std::vector<std::string>& argv, const ProgramLimi
     pid_t pid = -1;
     if (result.status == 0)
         result.status = SpawnPlan(pipe.write.Get()).Spawn(argv, pid);
+    if (result.status == ENOMEM)
+        throw std::bad_alloc();
     if (result.status != 0)
         return result;
     pipe.write.Reset();
     try {
         result.end = Collect(pid, std::move(pipe.read), limits, result.output);
     } catch (const std::bad_alloc&) {
-        result.end = ProgramEnd::kOutputLimit;  // no room for it; the program must not be left
+        Finish(pid, result);
+        throw;
     }
     Finish(pid, result);
     return result;

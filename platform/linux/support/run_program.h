@@ -41,6 +41,8 @@ struct ProgramResult {
  * of its own. Whatever of that group is left at the end is killed; the program itself is always
  * waited for, by its own pid. Safe in a process with threads.
  *
+ * Throws std::bad_alloc when memory is short, with no program left running.
+ *
  * @param argv  the program's absolute path and its arguments
  */
 ProgramResult RunProgram(const std::vector<std::string>& argv, const ProgramLimits& limits);

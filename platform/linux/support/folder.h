@@ -1,0 +1,39 @@
+#ifndef VORNPLATFORM_SUPPORT_FOLDER_H
+#define VORNPLATFORM_SUPPORT_FOLDER_H
+
+#include <dirent.h>
+
+#include <cerrno>
+#include <memory>
+#include <new>
+
+namespace vornplatform {
+
+struct FolderCloser {
+    void operator()(DIR* folder) const { closedir(folder); }
+};
+
+/** Owner of an open folder. */
+using Folder = std::unique_ptr<DIR, FolderCloser>;
+
+/**
+ * opendir, but for memory that is short: then std::bad_alloc, lest the folder be taken for one
+ * that has gone.
+ */
+inline Folder OpenFolder(const char* path) {
+    Folder folder(opendir(path));
+    if (!folder && errno == ENOMEM)
+        throw std::bad_alloc();
+    return folder;
+}
+
+/** The next entry, valid until the one after it; null at the end. */
+inline const dirent* NextEntry(const Folder& folder) {
+    // cppcheck-suppress readdirCalled ; unsafe only where threads share one DIR, and readdir_r is
+    // deprecated
+    return readdir(folder.get());
+}
+
+}  // namespace vornplatform
+
+#endif

@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# Lets every allocation fail once (allocation_faults.cpp) on a small host with shares, services,
+# clients and open files.
+#   allocation_faults.sh PROGRAM SERVER
+set -euo pipefail
+
+folder=$(dirname "$(realpath "$0")")
+if [[ -z ${VORN_SAMPLE_HOST-} ]]; then
+    if [[ $EUID -ne 0 ]]; then
+        echo "skipped: a sample host needs root"
+        exit 77
+    fi
+    exec "$folder/../../scripts/sample-host.sh" "$(realpath "$0")" "$@"
+fi
+program=$1
+server=$2
+
+write_units() {
+    local slice
+    mkdir -p /usr/lib/systemd/system
+    for slice in SMBService atalk ftpd sshd inetd; do
+        printf '[X-Vornalis]\nName=%s\nNameI18n=service:%s_service\n' "$slice" "$slice" \
+            >"/usr/lib/systemd/system/$slice.slice"
+    done
+}
+
+# Samba's tools answer at once, so that thousands of runs take seconds.
+write_shares() {
+    mkdir -p /etc/samba /etc/exports.d /volume1/photo /volume1/music /volume2/docs
+    printf '[global]\n[photo]\n\tpath = /volume1/photo\n' >/etc/samba/smb.conf
+    rm -f /usr/bin/testparm /usr/bin/smbstatus
+    printf '#!/bin/sh\ncat /etc/samba/smb.conf\n' >/usr/bin/testparm
+    printf '#!/bin/sh\necho "{\\"sessions\\":{}}"\n' >/usr/bin/smbstatus
+    chmod 0755 /usr/bin/testparm /usr/bin/smbstatus
+    echo '/volume1/music *(ro)' >/etc/exports
+    echo '/volume2/docs *(ro)' >/etc/exports.d/docs.exports
+}
+
+# A server with a client, a file on a volume and a service of its own.
+start_server() { # NAME SLICE USER FILE
+    mkdir -p "/srv/$1" "/sys/fs/cgroup/systemd/$2"
+    cp "$server" "/srv/$1/$1"
+    echo held >"$4"
+    mkfifo "/srv/$1/ready"
+    # shellcheck disable=SC2016 # expanded by the inner shell
+    setpriv --reuid "$3" --regid "$3" --clear-groups "/srv/$1/$1" <"$4" 3<"$4" \
+        >"/srv/$1/ready" &
+    echo $! >"/sys/fs/cgroup/systemd/$2/cgroup.procs"
+    read -r _ <"/srv/$1/ready"
+}
+
+write_units
+write_shares
+start_server smbd SMBService.slice 0 /volume1/photo/held
+start_server sshd sshd.slice 65534 /volume1/music/held
+start_server vsftpd ftpd.slice 0 /volume2/docs/held
+"$program"
