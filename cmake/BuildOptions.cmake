@@ -16,3 +16,14 @@ if(VORN_COVERAGE)
     target_compile_options(vorn_build_options INTERFACE --coverage -fprofile-update=atomic)
     target_link_options(vorn_build_options INTERFACE --coverage)
 endif()
+
+# What dpkg-buildflags sets. Not part of the release preset: fortified calls go to __syslog_chk and
+# __readlink_chk, and programs that interpose syslog or readlink would no longer see the library's.
+# No "-z now" here: platform symbols of the library may be supplied lazily; the command adds it.
+if(VORN_HARDENING)
+    # -O2 comes with the build type; without optimisation _FORTIFY_SOURCE does nothing.
+    target_compile_options(vorn_build_options INTERFACE
+        -fstack-protector-strong -fcf-protection -Wformat -Werror=format-security
+        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+    target_link_options(vorn_build_options INTERFACE -Wl,-z,relro)
+endif()
