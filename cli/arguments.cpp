@@ -50,6 +50,7 @@ public:
         GiveWatchItsValue(arguments);
         ParseOptions(std::move(arguments));
         std::vector<std::string> paths = Operands();
+        // cppcheck-suppress invalidContainer ; operands are copies
         paths.insert(paths.end(), operands.begin(), operands.end());
         TakePaths(std::move(paths));
         return std::move(options_);

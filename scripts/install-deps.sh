@@ -42,6 +42,8 @@ packages[test]='
     clang
     clang-format
     clang-tidy
+    cppcheck
+    devscripts
     fish
     gcovr
     jq

@@ -9,7 +9,11 @@
 #   build     release build, warnings are errors
 #   test      all tests: unit, platform, cli, package, e2e
 #   tidy      clang-tidy over library, stand-in and command
-#   asan      unit, platform and cli tests under AddressSanitizer and UndefinedBehaviorSanitizer
+#   cppcheck  cppcheck over library, stand-in and command
+#   asan      unit, platform, faults and cli tests under AddressSanitizer and
+#             UndefinedBehaviorSanitizer
+#   tsan      what the stand-in remembers, under ThreadSanitizer
+#   hardened  all tests of a build with Debian's hardening flags
 #   valgrind  unit tests under memcheck
 #   fuzz      every fuzz target for two seconds (fuzz/run.sh runs them for longer)
 #   coverage  lines of src/ that the unit tests reach (only when asked for)
@@ -52,13 +56,31 @@ phase_tidy() {
         quietly xargs -d '\n' -P "$jobs" -n 1 clang-tidy --quiet -p build/release
 }
 
+phase_cppcheck() {
+    quietly cppcheck --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
+        --std=c++17 --library=posix --library=gnu --quiet -j "$jobs" \
+        -I include -I platform/include -I platform/linux src platform/linux cli
+}
+
 phase_asan() {
     quietly cmake --preset asan -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
     quietly cmake --build --preset asan
     local folder
-    for folder in unit platform cli; do
+    for folder in unit platform faults cli; do
         run_tests asan "tests/$folder"
     done
+}
+
+phase_tsan() {
+    quietly cmake --preset tsan
+    quietly cmake --build --preset tsan --target vornplatform_threads
+    quietly build/tsan/bin/vornplatform_threads
+}
+
+phase_hardened() {
+    quietly cmake --preset hardened -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
+    quietly cmake --build --preset hardened
+    run_tests hardened .
 }
 
 phase_valgrind() {
@@ -153,7 +175,7 @@ for phase in "$@"; do
         exit 2
     fi
 done
-[[ $# -gt 0 ]] || set -- install shell format build test tidy asan valgrind fuzz
+[[ $# -gt 0 ]] || set -- install shell format build test tidy cppcheck asan tsan hardened valgrind fuzz
 
 counter=$(mktemp)
 trap 'rm -f "$counter"' EXIT

@@ -50,6 +50,7 @@ bool RestoreTo(const Identities& saved) {
 
 }  // namespace
 
+// cppcheck-suppress passedByValue ; the exported signature
 bool IsNumericalDir(std::string name) {
     return strtol(name.c_str(), nullptr, 10) != 0;
 }
