@@ -142,6 +142,16 @@ class HostileUser(unittest.TestCase):
                     self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
                                      [(hostile.pid, user, host)])
 
+    def test_a_false_sshd_with_a_session_speaks_for_its_own_user_only(self):
+        with tempfile.TemporaryDirectory() as folder:
+            os.chmod(folder, 0o755)
+            program = shutil.copy(os.path.realpath(sys.executable), os.path.join(folder, "sshd"))
+            with Hostile("serve_with_session", executable=program):
+                files, _ = self.listed()
+                self.assertGreaterEqual(len(files), 2)
+                for file in files:
+                    self.assertIn((file["user"], file["host"]), [("-", "-"), ("nobody", "127.0.0.77")])
+
     # Files that are not what they were
 
     def test_a_link_in_place_of_a_deleted_file_leads_nowhere(self):

@@ -89,11 +89,13 @@ class Size(unittest.TestCase):
 
     def test_one_process_with_as_many_descriptors_as_it_may_have(self):
         descriptors = HARD_LIMIT - 100
-        with Started([POPULATE, "1", str(descriptors), "0", "/volume1"]):
+        os.mkdir("/volume1/one")
+        with Started([POPULATE, "1", str(descriptors), "0", "/volume1/one"]):
             self.assertEqual(len(self.listed("--by", "volume")), descriptors)
 
     def test_many_processes(self):
-        with Started([POPULATE, str(PROCESSES), "1", "0", "/volume1"]):
+        os.mkdir("/volume1/many")
+        with Started([POPULATE, str(PROCESSES), "1", "0", "/volume1/many"]):
             self.assertEqual(len(self.listed("--by", "volume")), PROCESSES)
 
     def test_many_shares(self):
