@@ -12,6 +12,7 @@ from support import COMMAND
 
 POPULATE = os.environ["VORN_POPULATE"]
 HARD_LIMIT = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
+MARK = b" (deleted)"
 PROCESSES = int(os.environ.get("VORN_SIZE_PROCESSES", 30000))
 
 # The peak of a process counts that of the one it was started from, so that one has to be small.
@@ -149,10 +150,13 @@ class Size(unittest.TestCase):
             os.mkdir(part)
             os.chdir(part)
         names = [b"n" * (length - len(folder) - 1) for length in (4094, 4095, 4096)]
-        held = [os.open(name, os.O_CREAT | os.O_RDWR) for name in names]
+        gone = [b"g" * (length - len(folder) - 1 - len(MARK)) for length in (4095, 4096)]
+        held = [os.open(name, os.O_CREAT | os.O_RDWR) for name in names + gone]
+        for name in gone:
+            os.unlink(name)
         os.chdir("/")
-        # The kernel refuses to tell the third, and the list is without it.
-        self.assertEqual(self.listed(), [folder + b"/" + name for name in names[:2]])
+        # The kernel refuses to tell those of 4,096 bytes, and the list is without them.
+        self.assertEqual(self.listed(), [folder + b"/" + name for name in (gone[0] + MARK, *names[:2])])
         for file in held:
             os.close(file)
 
