@@ -67,6 +67,22 @@ TEST(RunProgram, PassesNoOtherDescriptor) {
     close(open);
 }
 
+TEST(RunProgram, PassesThreeDescriptorsWithNothingToRead) {
+    const int open = dup2(1, 78);
+    ASSERT_EQ(open, 78);
+    EXPECT_EQ(Shell("ls /proc/$$/fd; readlink /proc/$$/fd/0 /proc/$$/fd/2").output,
+              "0\n1\n2\n/dev/null\n/dev/null\n");
+    close(open);
+}
+
+TEST(RunProgram, NeedsNoShellAndLooksNothingUp) {
+    const char hostile[] = "$(id); `id` | id > /tmp/x & * \\ \"'";
+    EXPECT_EQ(vornplatform::RunProgram({"/usr/bin/printf", "%s", hostile}, kRoomy).output, hostile);
+    const ProgramResult result = vornplatform::RunProgram({"printf", "x"}, kRoomy);
+    EXPECT_EQ(result.end, ProgramEnd::kNotStarted);
+    EXPECT_EQ(result.status, ENOENT);
+}
+
 TEST(RunProgram, StopsAtTheTimeLimitAlsoWhatTheProgramStarted) {
     const ProgramResult result =
         Shell("echo begun; sleep 1000 & sleep 1000", {std::chrono::milliseconds(300), 100});
@@ -105,17 +121,23 @@ TEST(RunProgram, SaysThatAProgramIsMissing) {
 }
 
 TEST(RunProgram, WorksInAHostThatIgnoresItsChildren) {
-    struct sigaction ignore = {};
-    struct sigaction before;
-    ignore.sa_handler = SIG_IGN;
-    ASSERT_EQ(sigaction(SIGCHLD, &ignore, &before), 0);
-    const ProgramResult result = Shell("echo out");
-    struct sigaction after;
-    ASSERT_EQ(sigaction(SIGCHLD, &before, &after), 0);
-    EXPECT_EQ(result.end, ProgramEnd::kUnknown);
-    EXPECT_TRUE(result.Succeeded());
-    EXPECT_EQ(result.output, "out\n");
-    EXPECT_EQ(after.sa_handler, SIG_IGN);
+    struct sigaction ignored = {};
+    ignored.sa_handler = SIG_IGN;
+    struct sigaction unwaited = {};
+    unwaited.sa_handler = SIG_DFL;
+    unwaited.sa_flags = SA_NOCLDWAIT;
+    for (const struct sigaction& host : {ignored, unwaited}) {
+        struct sigaction before;
+        ASSERT_EQ(sigaction(SIGCHLD, &host, &before), 0);
+        const ProgramResult result = Shell("echo out; exit 3");
+        struct sigaction after;
+        ASSERT_EQ(sigaction(SIGCHLD, &before, &after), 0);
+        EXPECT_EQ(result.end, ProgramEnd::kUnknown);
+        EXPECT_TRUE(result.Succeeded());
+        EXPECT_EQ(result.output, "out\n");
+        EXPECT_EQ(after.sa_handler, host.sa_handler);
+        EXPECT_EQ(after.sa_flags & SA_NOCLDWAIT, host.sa_flags & SA_NOCLDWAIT);
+    }
 }
 
 TEST(RunProgram, WorksInAHostWithoutStandardDescriptors) {
