@@ -1,76 +1,109 @@
 """A volume that doesn't answer costs no more than the time limit."""
 
+import json
 import os
 import subprocess
+import sys
 import time
 import unittest
 
+from fuse_volume import FILE, FuseVolume
 from support import COMMAND, Holder, run, touch
 
-SILENT = {"LD_PRELOAD": os.environ["VORN_SILENT_VOLUME"]}
+PATIENCE = 20
+NO_ANSWER = b"vorn-openfiles: no answer within 0.5 s; volumes that don't answer: /volume9\n"
 
 
-class Timeout(unittest.TestCase):
-    def test_an_answer_in_time_is_the_usual_one(self):
+def setUpModule():
+    if not os.path.exists("/dev/fuse"):
+        print("skipped: the kernel has no FUSE (/dev/fuse)")
+        sys.exit(77)
+
+
+class AnswerInTime(unittest.TestCase):
+    def test_is_the_usual_one(self):
         with Holder([touch(b"/volume1/photo/a.jpg")]):
             limited, usual = run("--json", "--timeout", "60"), run("--json")
             self.assertEqual((limited.returncode, limited.stdout), (0, usual.stdout))
         for arguments in (["/etc"], ["--strict", "/volume2"], ["metrics"]):
             self.assertEqual(run(*arguments, "--timeout", "60").returncode, run(*arguments).returncode)
 
-    def test_the_silent_volume_is_named(self):
-        with Holder([touch(b"/volume2/music/a.flac")]):
-            for arguments in ([], ["--json"], ["metrics"]):
-                begin = time.monotonic()
-                result = run(*arguments, "--timeout", "0.5", env=SILENT)
-                self.assertLess(time.monotonic() - begin, 20)
-                self.assertEqual((result.returncode, result.stdout), (2, b""))
-                self.assertEqual(result.stderr, b"vorn-openfiles: no answer within 0.5 s; "
-                                                b"volumes that don't answer: /volume2\n")
 
-    def test_volumes_that_answer_are_not_blamed(self):
-        with Holder([touch(b"/volume1/photo/a.jpg")]):
-            self.assertEqual(run("--timeout", "60", env=SILENT).returncode, 0)
+class DeadVolume(unittest.TestCase):
+    def setUp(self):
+        self.addCleanup(self.nothing_is_left)
+        self.volume = FuseVolume()
+        self.enterContext(Holder([FILE, touch(b"/volume1/photo/a.jpg")]))
+        # Before the holder is asked to end: it can't while its volume is dead.
+        self.addCleanup(self.volume.close)
 
-    def test_nobody_waits_for_the_end_of_its_output(self):
-        with Holder([touch(b"/volume2/music/a.flac")]):
-            result = subprocess.run(["sh", "-c", '"$VORN_OPENFILES" --timeout 0.5 2>&1 | cat'],
-                                    env={**os.environ, **SILENT}, capture_output=True, check=False, timeout=20)
-        self.assertIn(b"/volume2", result.stdout)
+    def nothing_is_left(self):
+        """Once nothing blocks them any more, even workers that couldn't be killed end."""
+        self.until(lambda: not commands(), "a process of the command is left")
 
-    def test_a_worker_that_may_never_end_holds_no_output(self):
-        with Holder([touch(b"/volume2/music/a.flac")]):
-            parent = subprocess.Popen([COMMAND, "--timeout", "60"], env={**os.environ, **SILENT},
-                                      stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-            deadline = time.monotonic() + 20
-            while outputs_of_children(parent.pid) != ["/dev/null"] * 2 * PROCESSES:
-                self.assertLess(time.monotonic(), deadline, "an output is still held")
-            parent.terminate()
-            parent.communicate(timeout=20)
+    def until(self, condition, otherwise):
+        deadline = time.monotonic() + PATIENCE
+        while not condition():
+            self.assertLess(time.monotonic(), deadline, otherwise)
+
+    def test_is_listed_while_it_lives(self):
+        result = run("--by", "volume", "--print0", "full_path", "--timeout", "60")
+        self.assertEqual((result.returncode, result.stdout), (0, b"/volume1/photo/a.jpg\0" + FILE + b"\0"))
+
+    def test_is_named_in_time(self):
+        self.volume.die()
+        for arguments in ([], ["--by", "volume", "--json"], ["--count-by", "user"], ["-q", FILE], ["metrics"]):
+            begin = time.monotonic()
+            result = run(*arguments, "--timeout", "0.5", timeout=PATIENCE)
+            self.assertGreaterEqual(time.monotonic() - begin, 0.5)
+            self.assertEqual((result.returncode, result.stdout, result.stderr), (2, b"", NO_ANSWER), arguments)
+        self.assertTrue(any(state_of(pid) == "D" for pid in commands()), "every worker could be killed")
+
+    def test_ends_a_watch(self):
+        watch = subprocess.Popen([COMMAND, "--by", "volume", "--watch", "0.1", "--format", "jsonl", "--timeout", "0.5"],
+                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        events = [json.loads(watch.stdout.readline()) for _ in range(2)]
+        self.volume.die()
+        self.assertEqual(watch.communicate(timeout=PATIENCE), (b"", NO_ANSWER))
+        self.assertEqual((watch.returncode, [each["file"]["filename"] for each in events]), (2, ["a.jpg", "file"]))
+
+    def test_keeps_nobody_waiting_for_the_end_of_the_output(self):
+        self.volume.die()
+        result = subprocess.run(["sh", "-c", '"$VORN_OPENFILES" --timeout 0.5 2>&1 | cat'],
+                                capture_output=True, check=False, timeout=PATIENCE)
+        self.assertEqual(result.stdout, NO_ANSWER)
+
+    def test_has_a_worker_that_holds_no_output(self):
+        self.volume.die()
+        parent = subprocess.Popen([COMMAND, "--timeout", "60"], stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        # The worker and the probe of the dead volume; those of the others have answered and ended.
+        self.until(lambda: outputs(commands() - {parent.pid}) == ["/dev/null"] * 2 * 2, "an output is still held")
+        parent.terminate()
+        parent.communicate(timeout=PATIENCE)
 
 
-# The worker and the probe of the silent volume; that of the other one has answered and ended.
-PROCESSES = 2
+def commands():
+    """Pids of the command's processes that have not ended."""
+    return {int(entry) for entry in filter(str.isdigit, os.listdir("/proc")) if link(entry, "exe") == COMMAND}
 
 
-def children(pid):
-    found = []
-    for entry in filter(str.isdigit, os.listdir("/proc")):
-        try:
-            with open(f"/proc/{entry}/stat", "rb") as stat:
-                state, parent = stat.read().rpartition(b")")[2].split()[:2]
-        except OSError:
-            continue
-        if int(parent) == pid and state != b"Z":
-            found.append(entry)
-    return found
+def outputs(pids):
+    return [link(pid, f"fd/{fd}") for pid in pids for fd in (1, 2)]
 
 
-def outputs_of_children(pid):
+def link(pid, name):
     try:
-        return [os.readlink(f"/proc/{child}/fd/{fd}") for child in children(pid) for fd in (1, 2)]
+        return os.readlink(f"/proc/{pid}/{name}")
     except OSError:
-        return []  # One has just ended.
+        return None  # It has just ended.
+
+
+def state_of(pid):
+    try:
+        with open(f"/proc/{pid}/stat", "rb") as file:
+            return file.read().rpartition(b")")[2].split()[0].decode()
+    except OSError:
+        return ""
 
 
 if __name__ == "__main__":
