@@ -1,7 +1,7 @@
 # bash completion for vorn-openfiles
 
 _vorn_openfiles_values() { # COLUMN
-    vorn-openfiles --print0 "$1" 2>/dev/null | sort -zu | tr '\0\n' '\n?'
+    vorn-openfiles --timeout 2 --print0 "$1" 2>/dev/null | sort -zu | tr '\0\n' '\n?'
 }
 
 _vorn_openfiles() {

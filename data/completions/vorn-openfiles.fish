@@ -4,7 +4,7 @@ set -g __vorn_openfiles_columns service pid user host path filename time full_pa
 
 function __vorn_openfiles_conditions
     for column in service user
-        vorn-openfiles --print0 $column 2>/dev/null | sort -zu | string split0 | string replace -r '^' "$column="
+        vorn-openfiles --timeout 2 --print0 $column 2>/dev/null | sort -zu | string split0 | string replace -r '^' "$column="
     end
     printf '%s=\n' pid host path filename time
 end

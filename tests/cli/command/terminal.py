@@ -1,4 +1,4 @@
-"""A pseudo terminal with the command on it."""
+"""A pseudo terminal with a program on it."""
 
 import fcntl
 import os
@@ -10,20 +10,21 @@ import subprocess
 import termios
 import time
 
-from support import COMMAND
-
 PATIENCE = 20
 
 
 class Terminal:
-    def __init__(self, *arguments, columns=80, lines=24, **env):
+    def __init__(self, program, *arguments, columns=80, lines=24, **env):
         self._master, slave = pty.openpty()
         self.resize(columns, lines, tell=False)
         environment = {"PATH": os.environ["PATH"], "LANG": "C.UTF-8", "TERM": "xterm", **env}
-        self.process = subprocess.Popen([COMMAND, *arguments], stdin=slave, stdout=slave, stderr=slave,
+        self.process = subprocess.Popen([program, *arguments], stdin=slave, stdout=slave, stderr=slave,
                                         env=environment, start_new_session=True)
         os.close(slave)
         self.text = b""
+
+    def type(self, text):
+        os.write(self._master, text.encode())
 
     def resize(self, columns, lines, tell=True):
         fcntl.ioctl(self._master, termios.TIOCSWINSZ, struct.pack("HHHH", lines, columns, 0, 0))

@@ -7,11 +7,23 @@ import subprocess
 import unittest
 
 from support import COMMAND, Holder, run, touch
+from terminal import Terminal
 
 DATA = os.path.join(os.environ["VORN_SOURCE"], "data")
 SCHEMA = os.path.join(DATA, "schema/vorn-openfiles-1.schema.json")
 COMMANDS = ("list", "services", "check", "metrics")
+WITH_COMMAND = os.path.dirname(COMMAND) + ":" + os.environ["PATH"]
 OPTION = re.compile(r"(?<![\w-])--?[a-z][a-z0-9-]*")
+
+# Ctrl-X prints the command line as it stands, then empties it.
+ZSH_SETUP = f"""
+fpath=({DATA}/completions $fpath)
+autoload -Uz compinit && compinit -u -D
+show() {{ zle -I; print -r -- "[[$BUFFER]]"; BUFFER= }}
+zle -N show
+bindkey '^X' show
+print '[[ready]]'
+"""
 
 
 def read(name):
@@ -61,17 +73,17 @@ class Options(unittest.TestCase):
             _vorn_openfiles 2>/dev/null
             printf '%s\\n' "${{COMPREPLY[@]}}"
         """
-        environment = {"PATH": os.path.dirname(COMMAND) + ":" + os.environ["PATH"]}
-        result = subprocess.run(["bash", "-c", script], env=environment, capture_output=True, check=True)
+        result = subprocess.run(["bash", "-c", script], env={"PATH": WITH_COMMAND}, capture_output=True, check=True)
         return set(result.stdout.decode().split("\n")) - {""}
 
-    def test_bash_completes_columns_values_and_services(self):
+    def test_bash_completes_columns_services_and_users(self):
         self.assertEqual(self.offered_by_bash("--sort h"), {"host"})
         self.assertEqual(self.offered_by_bash("--columns path,fo"), {"path,folder"})
         self.assertEqual(self.offered_by_bash("--format js"), {"json", "jsonl"})
         self.assertEqual(self.offered_by_bash("ch"), {"check"})
         with Holder([touch(b"/volume1/photo/a")]):
             self.assertIn(r"Internal\ service", " ".join(self.offered_by_bash("--where service=Int")))
+            self.assertEqual(self.offered_by_bash("--not-match user="), {"-"})
 
     def test_zsh_completion(self):
         named = set(OPTION.findall(read("completions/_vorn-openfiles").split("_vorn_openfiles() {")[1]))
@@ -83,10 +95,37 @@ class Options(unittest.TestCase):
         named = {"--" + name for name in re.findall(r"^complete .* -l ([a-z0-9-]+)", text, re.M)}
         named |= {"-" + name for name in re.findall(r"^complete .* -s ([a-z])", text, re.M)}
         self.assertEqual(named, self.options)
-        script = f"source {DATA}/completions/vorn-openfiles.fish; complete -C'vorn-openfiles --sort ho'"
+
+    def offered_by_fish(self, line):
+        script = f"source {DATA}/completions/vorn-openfiles.fish; complete -C'vorn-openfiles {line}'"
         offered = subprocess.run(["fish", "--no-config", "-c", script], capture_output=True, check=True,
-                                 env={"PATH": os.environ["PATH"], "HOME": "/tmp"}).stdout
-        self.assertIn(b"host", offered)
+                                 env={"PATH": WITH_COMMAND, "HOME": "/tmp"}).stdout
+        return {candidate.partition("\t")[0] for candidate in offered.decode().splitlines()}
+
+    def test_fish_completes_columns_services_and_users(self):
+        with Holder([touch(b"/volume1/photo/a")]):
+            for line, offered in (("--sort ho", {"host"}), ("--columns path,fo", {"path,folder"}), ("ch", {"check"}),
+                                  ("--where service=Int", {"service=Internal service"}),
+                                  ("--not-match user=", {"user=-"})):
+                self.assertLessEqual(offered, self.offered_by_fish(line), line)
+
+    def test_zsh_completes_columns_services_and_users(self):
+        with open("/tmp/setup.zsh", "w", encoding="utf-8") as setup:
+            setup.write(ZSH_SETUP)
+        shell = Terminal("zsh", "-f", "-i", columns=200, PATH=WITH_COMMAND, HOME="/tmp")
+        shell.type("source /tmp/setup.zsh\n")
+        shell.wait_for(b"[[ready]]")
+        with Holder([touch(b"/volume1/photo/a")]):
+            for line, completed in (("--sort ho", "--sort host"), ("--columns path,fo", "--columns path,folder"),
+                                    ("ch", "check"), ("--format js", "--format json"),
+                                    ("--where service=Int", "--where service=Internal\\ service"),
+                                    ("--not-match user=", "--not-match user=-")):
+                # The blank takes the place of a suffix that was added on trial, such as a comma.
+                shell.type(f"vorn-openfiles {line}\t \x18")
+                shell.wait_for(b"[[")
+                self.assertEqual(shell.wait_for(b"]]").decode(), f"vorn-openfiles {completed} ]]")
+        shell.type("exit\n")
+        self.assertEqual(shell.finish()[0], 0)
 
     def test_columns_are_the_same_everywhere(self):
         columns = re.search(r"it takes: (.*)", run("--columns", "?").stderr.decode()).group(1).split(", ")

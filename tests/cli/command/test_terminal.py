@@ -29,30 +29,30 @@ class OnATerminal(unittest.TestCase):
 
     def test_table_fits_every_width(self):
         for width in (20, 40, 79, 80, 132):
-            status, lines = Terminal(columns=width, NO_COLOR="1").finish()
+            status, lines = Terminal(COMMAND, columns=width, NO_COLOR="1").finish()
             self.assertEqual((status, len(lines), lines[-1]), (0, 4, ""))
             self.assertLessEqual(max(map(columns, lines)), width)
             self.assertTrue(any("\u2026" in line for line in lines))
         self.assertTrue(any(line.endswith("\u771f.jpg") for line in lines))
 
     def test_long_path_is_whole_where_it_fits_and_off_a_terminal(self):
-        _, lines = Terminal(columns=400, NO_COLOR="1").finish()
+        _, lines = Terminal(COMMAND, columns=400, NO_COLOR="1").finish()
         self.assertTrue(any(line.endswith(LONG[len("/volume1/"):]) for line in lines))
         self.assertIn(LONG[len("/volume1/"):].encode(), run().stdout)
 
     def test_ascii_locale(self):
-        _, lines = Terminal(columns=60, NO_COLOR="1", LANG="C").finish()
+        _, lines = Terminal(COMMAND, columns=60, NO_COLOR="1", LANG="C").finish()
         self.assertTrue(any("\\..." in line for line in lines))
         self.assertLessEqual(max(map(columns, lines)), 60)
 
     def test_colour_on_a_terminal_alone(self):
-        self.assertIn("\x1b[1mSERVICE", "\n".join(Terminal().finish()[1]))
+        self.assertIn("\x1b[1mSERVICE", "\n".join(Terminal(COMMAND).finish()[1]))
         for env in ({"NO_COLOR": "1"}, {"TERM": "dumb"}):
-            self.assertNotIn("\x1b", "\n".join(Terminal(**env).finish()[1]))
+            self.assertNotIn("\x1b", "\n".join(Terminal(COMMAND, **env).finish()[1]))
         self.assertNotIn(b"\x1b", run(env={"TERM": "xterm"}).stdout)
 
     def test_watch_marks_what_is_new_and_leaves_the_screen_as_it_was(self):
-        terminal = Terminal("--watch", "0.1", columns=70)
+        terminal = Terminal(COMMAND, "--watch", "0.1", columns=70)
         self.assertIn(b"\x1b[?1049h", terminal.wait_for(b"a.jpg"))
         with Holder([touch(b"/volume1/photo/new.jpg")]):
             self.assertIn(b"\x1b[32m+", terminal.wait_for(b"new.jpg"))
@@ -63,7 +63,7 @@ class OnATerminal(unittest.TestCase):
         self.assertTrue("\n".join(lines).endswith("\x1b[?25h\x1b[?1049l"))
 
     def test_watch_follows_the_size(self):
-        terminal = Terminal("--watch", "1000", columns=60, NO_COLOR="1")
+        terminal = Terminal(COMMAND, "--watch", "1000", columns=60, NO_COLOR="1")
         terminal.wait_for(b"\x1b[J")
         terminal.resize(300, 24)
         terminal.wait_for(LONG[len("/volume1/"):].encode())
