@@ -24,18 +24,7 @@ struct Finding {
 /** "ok", "warning" or "missing". */
 std::string_view StateName(State state);
 
-/** Whether `/proc/<pid>/cgroup` has a line for the hierarchy name=systemd. */
-bool HasSystemdHierarchy(std::string_view cgroup);
-
 std::vector<Finding> ExamineHost();
-
-/** @name The parts of ExamineHost that ask for more than one fact. @{ */
-Finding ExamineShares();
-Finding ExamineUnits();
-Finding ExamineTexts();
-/** Sockets, SSH sessions, SMB sessions. */
-std::vector<Finding> ExamineConnections();
-/** @} */
 
 }  // namespace cli
 

@@ -1,7 +1,5 @@
 #include "columns.h"
 
-#include <algorithm>
-
 namespace cli {
 
 const std::vector<std::string>& ColumnNames() {
@@ -36,21 +34,8 @@ std::string ColumnHeading(Column column) {
     return heading;
 }
 
-std::optional<Column> FindColumn(std::string_view name) {
-    const auto& names = ColumnNames();
-    const auto found = std::find(names.begin(), names.end(), name);
-    if (found == names.end()) {
-        return std::nullopt;
-    }
-    return static_cast<Column>(found - names.begin());
-}
-
 bool IsMember(Column column) {
     return column <= Column::kTime;
-}
-
-bool IsSortable(Column column) {
-    return OpenedFile::mapJsonColumn.count(static_cast<int>(column)) != 0;
 }
 
 std::string ColumnText(OpenedFile& file, Column column, bool deleted) {

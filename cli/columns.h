@@ -6,7 +6,6 @@
  * What a record can be shown, selected, counted and ordered by.
  */
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,11 +39,9 @@ const std::vector<std::string>& SortColumnNames();
 std::string_view ColumnName(Column column);
 /** As a table has it above the column. */
 std::string ColumnHeading(Column column);
-std::optional<Column> FindColumn(std::string_view name);
 
 /** Whether the library matches texts against it. */
 bool IsMember(Column column);
-bool IsSortable(Column column);
 
 /** A record's text in a column: bytes as the kernel gives them, "yes" or "no" for flags. */
 std::string ColumnText(OpenedFile& file, Column column, bool deleted);

@@ -6,8 +6,6 @@
  * The commands. Each returns the exit status and throws Failure where that would be kFailed.
  */
 
-#include <string>
-
 #include "gate.h"
 #include "options.h"
 
@@ -22,9 +20,6 @@ int ServicesCommand(const Options& options);
 /** kNothingFound when something is missing that a full answer takes. */
 int CheckCommand(const Options& options);
 int MetricsCommand(const Options& options, Gate& gate);
-
-/** One line on standard error, with the program's name. */
-void Complain(const std::string& text);
 
 }  // namespace cli
 

@@ -8,8 +8,6 @@
 #include <climits>
 #include <filesystem>
 
-#include "snapshot.h"
-
 namespace cli {
 namespace {
 

@@ -10,10 +10,17 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 
 namespace cli {
+
+/** What the kernel puts behind the name of a file that has been deleted. */
+constexpr std::string_view kDeletedMark = " (deleted)";
+
+/** A path without the mark, where it ends with one. */
+std::string_view WithoutDeletedMark(std::string_view path);
 
 /**
  * Whether records are about deleted files.

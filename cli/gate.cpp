@@ -14,31 +14,36 @@ namespace {
 
 constexpr std::array<int, 2> kOutputs = {STDOUT_FILENO, STDERR_FILENO};
 
-/** Room for the two descriptors of one message. */
-union Control {
-    struct cmsghdr aligned;
-    char bytes[CMSG_SPACE(sizeof(kOutputs))];
+/** A byte with room for two descriptors beside it. */
+struct Message {
+    Message() {
+        data.iov_base = &byte;
+        data.iov_len = 1;
+        header.msg_iov = &data;
+        header.msg_iovlen = 1;
+        header.msg_control = control;
+        header.msg_controllen = sizeof(control);
+    }
+    Message(const Message&) = delete;
+    Message& operator=(const Message&) = delete;
+
+    char byte = 0;
+    struct iovec data {};
+    alignas(struct cmsghdr) char control[CMSG_SPACE(sizeof(kOutputs))] = {};
+    struct msghdr header {};
 };
 
 }  // namespace
 
 void SendOutputs(int socket) {
-    char byte = kGateOpened;
-    struct iovec data {};
-    data.iov_base = &byte;
-    data.iov_len = 1;
-    Control control{};
-    struct msghdr message {};
-    message.msg_iov = &data;
-    message.msg_iovlen = 1;
-    message.msg_control = control.bytes;
-    message.msg_controllen = sizeof(control.bytes);
-    struct cmsghdr* header = CMSG_FIRSTHDR(&message);
-    header->cmsg_level = SOL_SOCKET;
-    header->cmsg_type = SCM_RIGHTS;
-    header->cmsg_len = CMSG_LEN(sizeof(kOutputs));
-    std::memcpy(CMSG_DATA(header), kOutputs.data(), sizeof(kOutputs));
-    sendmsg(socket, &message, MSG_NOSIGNAL);
+    Message message;
+    message.byte = kGateOpened;
+    struct cmsghdr* attached = CMSG_FIRSTHDR(&message.header);
+    attached->cmsg_level = SOL_SOCKET;
+    attached->cmsg_type = SCM_RIGHTS;
+    attached->cmsg_len = CMSG_LEN(sizeof(kOutputs));
+    std::memcpy(CMSG_DATA(attached), kOutputs.data(), sizeof(kOutputs));
+    sendmsg(socket, &message.header, MSG_NOSIGNAL);
 }
 
 void DropOutputs() {
@@ -52,25 +57,16 @@ void DropOutputs() {
 namespace {
 
 void ReceiveOutputs(int socket) {
-    char byte = 0;
-    struct iovec data {};
-    data.iov_base = &byte;
-    data.iov_len = 1;
-    Control control{};
-    struct msghdr message {};
-    message.msg_iov = &data;
-    message.msg_iovlen = 1;
-    message.msg_control = control.bytes;
-    message.msg_controllen = sizeof(control.bytes);
-    if (recvmsg(socket, &message, MSG_CMSG_CLOEXEC) != 1) {
+    Message message;
+    if (recvmsg(socket, &message.header, MSG_CMSG_CLOEXEC) != 1) {
         _exit(kGateLost);
     }
-    const struct cmsghdr* header = CMSG_FIRSTHDR(&message);
-    if (header == nullptr || header->cmsg_len != CMSG_LEN(sizeof(kOutputs))) {
+    const struct cmsghdr* attached = CMSG_FIRSTHDR(&message.header);
+    if (attached == nullptr || attached->cmsg_len != CMSG_LEN(sizeof(kOutputs))) {
         _exit(kGateLost);
     }
     std::array<int, 2> received{};
-    std::memcpy(received.data(), CMSG_DATA(header), sizeof(received));
+    std::memcpy(received.data(), CMSG_DATA(attached), sizeof(received));
     for (size_t i = 0; i < received.size(); ++i) {
         dup2(received[i], kOutputs[i]);
         close(received[i]);

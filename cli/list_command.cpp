@@ -1,26 +1,18 @@
-#include <fmt/format.h>
 #include <unistd.h>
 
 #include "commands.h"
+#include "counts.h"
 #include "output.h"
 #include "render.h"
 #include "snapshot.h"
 
 namespace cli {
 
-void Complain(const std::string& text) {
-    fmt::print(stderr, "vorn-openfiles: {}\n", text);
-}
-
 int ListCommand(const Options& options, Gate& gate) {
     if (options.watchSeconds) {
         return WatchCommand(options, gate);
     }
-    Snapshot snapshot;
-    {
-        const Gate::Inside inside(gate);
-        snapshot = TakeSnapshot(options);
-    }
+    Snapshot snapshot = TakeSnapshot(options, gate);
     if (!options.quiet) {
         Output output(STDOUT_FILENO);
         const Terminal terminal = DescribeTerminal(STDOUT_FILENO);

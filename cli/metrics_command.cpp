@@ -77,11 +77,7 @@ void ReplaceFile(const std::string& path, std::string_view text) {
 int MetricsCommand(const Options& options, Gate& gate) {
     using Clock = std::chrono::steady_clock;
     const auto begin = Clock::now();
-    Snapshot snapshot;
-    {
-        const Gate::Inside inside(gate);
-        snapshot = TakeSnapshot(options);
-    }
+    Snapshot snapshot = TakeSnapshot(options, gate);
     const std::chrono::duration<double> taken = Clock::now() - begin;
     const std::string text = MetricsText(snapshot, options, taken.count());
     if (!options.outputFile.empty()) {

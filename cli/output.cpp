@@ -42,4 +42,8 @@ void Output::Flush() {
     text_.clear();
 }
 
+void Complain(const std::string& text) {
+    fmt::print(stderr, "vorn-openfiles: {}\n", text);
+}
+
 }  // namespace cli

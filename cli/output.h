@@ -37,6 +37,9 @@ private:
     std::string text_;
 };
 
+/** One line on standard error, with the program's name. */
+void Complain(const std::string& text);
+
 }  // namespace cli
 
 #endif

@@ -30,10 +30,6 @@ Table FileTable(Snapshot& snapshot, const Options& options, const Terminal& term
 void RenderFiles(Snapshot& snapshot, const Options& options, const Terminal& terminal,
                  Output& output);
 
-/** The counts of --count-by. */
-void RenderCounts(Snapshot& snapshot, const Options& options, const Terminal& terminal,
-                  Output& output);
-
 }  // namespace cli
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "snapshot.h"
+#include "deleted.h"
 
 namespace cli {
 namespace {

@@ -106,7 +106,8 @@ void Select(Snapshot& snapshot, const Options& options, const Selection& selecti
 
 }  // namespace
 
-Snapshot TakeSnapshot(const Options& options) {
+Snapshot TakeSnapshot(const Options& options, Gate& gate) {
+    const Gate::Inside inside(gate);
     const std::vector<std::string> volumes = MountedVolumes();
     if (volumes.empty()) {
         throw Failure(

@@ -9,10 +9,10 @@
 #include <list>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <unordered_set>
 
 #include "columns.h"
+#include "gate.h"
 #include "options.h"
 
 namespace cli {
@@ -37,17 +37,11 @@ struct Snapshot {
 };
 
 /**
- * Enumerates, adds times if asked, orders and selects.
+ * Enumerates, adds times if asked, orders and selects; all of it inside the gate.
  *
  * @throws Failure when there is no answer
  */
-Snapshot TakeSnapshot(const Options& options);
-
-/** What the kernel puts behind the name of a file that has been deleted. */
-constexpr std::string_view kDeletedMark = " (deleted)";
-
-/** A path without the mark, where it ends with one. */
-std::string_view WithoutDeletedMark(std::string_view path);
+Snapshot TakeSnapshot(const Options& options, Gate& gate);
 
 }  // namespace cli
 

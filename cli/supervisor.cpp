@@ -1,20 +1,19 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <sys/prctl.h>
-#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cmath>
 #include <csignal>
-#include <stdexcept>
 
 #include "commands.h"
 #include "gate.h"
 #include "gate_protocol.h"
+#include "output.h"
 #include "probe.h"
+#include "signals.h"
 #include "snapshot.h"
 
 namespace cli {
@@ -26,19 +25,11 @@ using Clock = std::chrono::steady_clock;
 class Supervisor {
 public:
     Supervisor(pid_t worker, int socket, double seconds)
-        : worker_(worker), socket_(socket), seconds_(seconds) {
-        sigset_t forwarded;
-        sigemptyset(&forwarded);
-        for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-            sigaddset(&forwarded, number);
-        }
-        sigprocmask(SIG_BLOCK, &forwarded, nullptr);
-        signals_ = signalfd(-1, &forwarded, SFD_CLOEXEC);
-    }
+        : worker_(worker), socket_(socket), seconds_(seconds) {}
 
     int Run() {
         for (;;) {
-            struct pollfd watched[] = {{socket_, POLLIN, 0}, {signals_, POLLIN, 0}};
+            struct pollfd watched[] = {{socket_, POLLIN, 0}, {signals_.Fd(), POLLIN, 0}};
             const int ready = poll(watched, 2, MillisecondsLeft());
             if (ready == 0) {
                 return GiveUp();
@@ -81,11 +72,11 @@ private:
 
     /** Passes a signal on; false when the worker may be unable to act on it. */
     bool Forward() {
-        struct signalfd_siginfo info {};
-        if (read(signals_, &info, sizeof(info)) != sizeof(info)) {
+        const int number = signals_.Next();
+        if (number == 0) {
             return true;
         }
-        kill(worker_, static_cast<int>(info.ssi_signo));
+        kill(worker_, number);
         return !inside_;
     }
 
@@ -110,7 +101,7 @@ private:
     pid_t worker_;
     int socket_;
     double seconds_;
-    int signals_;
+    const Signals signals_{SIGINT, SIGTERM, SIGHUP};
     bool inside_ = false;
     Clock::time_point deadline_;
     VolumeProbes probes_;

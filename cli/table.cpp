@@ -72,7 +72,7 @@ std::string_view Table::CellText(size_t index) const {
     return std::string_view(text_).substr(begin, cells_[index].end - begin);
 }
 
-void Table::AppendCell(std::string& out, size_t index, bool last) const {
+void Table::AppendCell(std::string& out, size_t index) const {
     const size_t column = index % widths_.size();
     size_t width = cells_[index].width;
     std::string shortened;
@@ -85,9 +85,7 @@ void Table::AppendCell(std::string& out, size_t index, bool last) const {
     const size_t padding = widths_[column] - std::min(width, widths_[column]);
     out.append(rightAligned_[column] ? padding : 0, ' ');
     out += text;
-    if (!last) {
-        out.append((rightAligned_[column] ? 0 : padding) + kGap, ' ');
-    }
+    out.append((rightAligned_[column] ? 0 : padding) + kGap, ' ');
 }
 
 void Table::AppendRow(std::string& out, size_t row) const {
@@ -97,8 +95,10 @@ void Table::AppendRow(std::string& out, size_t row) const {
     }
     const size_t columns = widths_.size();
     for (size_t column = 0; column < columns; ++column) {
-        AppendCell(out, row * columns + column, column + 1 == columns);
+        AppendCell(out, row * columns + column);
     }
+    // A cell's own blanks are escaped where they would be last.
+    out.resize(out.find_last_not_of(' ') + 1);
     if (styled) {
         out += "\x1B[0m";
     }

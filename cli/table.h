@@ -35,7 +35,7 @@ public:
     void Add(std::string_view text);
 
     size_t Rows() const { return styles_.size(); }
-    /** Appends a row, with its newline. */
+    /** Appends a row, with its newline; blanks that nothing follows are left out. */
     void AppendRow(std::string& out, size_t row) const;
     /** To be called between the last cell and the first AppendRow. */
     void Fit();
@@ -47,7 +47,7 @@ private:
     };
 
     std::string_view CellText(size_t index) const;
-    void AppendCell(std::string& out, size_t index, bool last) const;
+    void AppendCell(std::string& out, size_t index) const;
 
     Terminal terminal_;
     std::vector<bool> rightAligned_;

@@ -1,13 +1,13 @@
 #include <poll.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cmath>
 #include <csignal>
+#include <memory>
 
 #include "commands.h"
 #include "output.h"
+#include "signals.h"
 #include "terminal.h"
 #include "watch.h"
 
@@ -15,34 +15,6 @@ namespace cli {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/** Signals that end the watch or tell that the terminal has another size, as a descriptor. */
-class Signals {
-public:
-    Signals() {
-        sigset_t awaited;
-        sigemptyset(&awaited);
-        for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGWINCH}) {
-            sigaddset(&awaited, number);
-        }
-        sigprocmask(SIG_BLOCK, &awaited, nullptr);
-        fd_ = signalfd(-1, &awaited, SFD_CLOEXEC | SFD_NONBLOCK);
-    }
-    ~Signals() { close(fd_); }
-    Signals(const Signals&) = delete;
-    Signals& operator=(const Signals&) = delete;
-
-    int Fd() const { return fd_; }
-    /** The next one; 0 when there is none. */
-    int Next() const {
-        struct signalfd_siginfo info {};
-        return read(fd_, &info, sizeof(info)) == sizeof(info) ? static_cast<int>(info.ssi_signo)
-                                                              : 0;
-    }
-
-private:
-    int fd_;
-};
 
 enum class Wake { kTime, kResize, kEnd };
 
@@ -69,11 +41,6 @@ Wake WaitUntil(Clock::time_point next, const Signals& signals) {
     }
 }
 
-Snapshot Look(const Options& options, Gate& gate) {
-    const Gate::Inside inside(gate);
-    return TakeSnapshot(options);
-}
-
 void WarnOnce(const Snapshot& snapshot, const Options& options) {
     if (snapshot.incompleteReason.empty()) {
         return;
@@ -91,12 +58,12 @@ int WatchCommand(const Options& options, Gate& gate) {
     if (onScreen && !DescribeTerminal(STDOUT_FILENO).isTerminal) {
         throw Failure("--watch draws its table on a terminal; use --format jsonl elsewhere");
     }
-    const Signals signals;
+    const Signals signals({SIGINT, SIGTERM, SIGHUP, SIGWINCH});
     const auto interval = std::chrono::duration_cast<Clock::duration>(
         std::chrono::duration<double>(*options.watchSeconds));
     Output output(STDOUT_FILENO);
     Watch watch;
-    Snapshot snapshot = Look(options, gate);
+    Snapshot snapshot = TakeSnapshot(options, gate);
     WarnOnce(snapshot, options);
     const auto screen = onScreen ? std::make_unique<Screen>(output) : nullptr;
     bool everFound = false;
@@ -117,7 +84,7 @@ int WatchCommand(const Options& options, Gate& gate) {
         if (wake != Wake::kTime || output.IsClosed()) {
             return everFound ? kFound : kNothingFound;
         }
-        snapshot = Look(options, gate);
+        snapshot = TakeSnapshot(options, gate);
     }
 }
 

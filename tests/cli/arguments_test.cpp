@@ -126,9 +126,7 @@ TEST(Arguments, AreRefusedWithAWordOfHelp) {
 TEST(Columns, BeginWithThoseOfTheLibrary) {
     for (const auto& [member, name] : cli::OpenedFile::mapJsonColumn) {
         EXPECT_EQ(cli::ColumnName(static_cast<Column>(member)), name);
-        EXPECT_EQ(cli::FindColumn(name), static_cast<Column>(member));
     }
-    EXPECT_FALSE(cli::IsSortable(Column::kTime));
 }
 
 TEST(Help, FitsAScreen) {

@@ -13,6 +13,14 @@ std::string Print(cli::Table& table) {
     return out;
 }
 
+void AddRow(cli::Table& table, std::initializer_list<const char*> cells,
+            cli::Table::Style style = cli::Table::Style::kPlain) {
+    table.BeginRow(style);
+    for (const char* cell : cells) {
+        table.Add(cell);
+    }
+}
+
 cli::Terminal Wide() {
     cli::Terminal terminal;
     terminal.utf8 = true;
@@ -22,14 +30,8 @@ cli::Terminal Wide() {
 TEST(Table, AlignsByColumnsOfTheTerminal) {
     cli::Table table(3, Wide());
     table.AlignRight(1);
-    table.BeginRow();
-    for (const char* cell : {"\xE5\x86\x99\xE7\x9C\x9F", "7", "x"}) {
-        table.Add(cell);
-    }
-    table.BeginRow();
-    for (const char* cell : {"cafe\xCC\x81s", "4711", "two words"}) {
-        table.Add(cell);
-    }
+    AddRow(table, {"\xE5\x86\x99\xE7\x9C\x9F", "7", "x"});
+    AddRow(table, {"cafe\xCC\x81s", "4711", "two words"});
     EXPECT_EQ(Print(table),
               "\xE5\x86\x99\xE7\x9C\x9F      7  x\n"
               "cafe\xCC\x81s  4711  two words\n");
@@ -39,20 +41,29 @@ TEST(Table, ShortensToTheTerminal) {
     cli::Terminal terminal = Wide();
     terminal.width = 14;
     cli::Table table(2, terminal);
-    table.BeginRow();
-    table.Add("SMB");
-    table.Add("/photo/holiday/a.jpg");
+    AddRow(table, {"SMB", "/photo/holiday/a.jpg"});
     EXPECT_EQ(Print(table), "SMB  /pho\xE2\x80\xA6.jpg\n");
+}
+
+TEST(Table, EndsNoLineWithBlanks) {
+    cli::Terminal terminal = Wide();
+    terminal.colour = true;
+    cli::Table table(3, terminal);
+    AddRow(table, {"FILES", "USER", ""}, cli::Table::Style::kHeading);
+    AddRow(table, {"7", "alice ", "##"});
+    AddRow(table, {"1", "", ""});
+    EXPECT_EQ(Print(table),
+              "\x1B[1mFILES  USER\x1B[0m\n"
+              "7      alice\\x20  ##\n"
+              "1\n");
 }
 
 TEST(Table, ColoursOnlyWhereAskedTo) {
     cli::Terminal terminal = Wide();
     terminal.colour = true;
     cli::Table table(1, terminal);
-    table.BeginRow(cli::Table::Style::kHeading);
-    table.Add("PATH");
-    table.BeginRow();
-    table.Add("a");
+    AddRow(table, {"PATH"}, cli::Table::Style::kHeading);
+    AddRow(table, {"a"});
     EXPECT_EQ(Print(table), "\x1B[1mPATH\x1B[0m\na\n");
 }
 

@@ -39,6 +39,12 @@ class Environment(unittest.TestCase):
             result = run("-q", path)
             self.assertEqual((result.returncode, result.stdout), (status, b""))
 
+    def test_no_line_of_a_table_ends_in_blanks(self):
+        for arguments in ([], ["--columns", "path,user"], ["--count-by", "service,user"], ["--columns", "pid"]):
+            lines = run(*arguments).stdout.splitlines()
+            self.assertEqual(len(lines), 2)
+            self.assertEqual([line for line in lines if line.endswith(b" ")], [])
+
     def test_paths_are_resolved(self):
         os.symlink("/volume1/photo", "/tmp/pictures")
         for path, folder in (("/tmp/pictures", "/"), ("photo/../photo/a.jpg", "/volume1"), (".", "/volume1/photo"),

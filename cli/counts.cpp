@@ -1,12 +1,13 @@
+#include "counts.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 
-#include "count.h"
 #include "csv.h"
 #include "json_output.h"
-#include "render.h"
 #include "table.h"
 
 namespace cli {
@@ -109,6 +110,34 @@ void CountsCsv(const Counts& counts, const Options& options, Output& output) {
 }
 
 }  // namespace
+
+std::vector<Count> CountBy(Snapshot& snapshot, const std::vector<Column>& columns, bool reversed) {
+    std::map<std::vector<std::string>, size_t> counts;
+    std::vector<std::string> values(columns.size());
+    for (OpenedFile& file : snapshot.files) {
+        std::transform(columns.begin(), columns.end(), values.begin(), [&](Column column) {
+            return ColumnText(file, column, snapshot.IsDeleted(file));
+        });
+        ++counts[values];
+    }
+    std::vector<Count> ordered;
+    for (const auto& [key, files] : counts) {
+        ordered.push_back({key, files});
+    }
+    std::stable_sort(ordered.begin(), ordered.end(), [&](const Count& a, const Count& b) {
+        return reversed ? a.files < b.files : a.files > b.files;
+    });
+    return ordered;
+}
+
+std::string Bar(size_t part, size_t biggest, size_t width, bool utf8) {
+    const size_t length = std::max<size_t>(1, part * width / std::max<size_t>(1, biggest));
+    std::string bar;
+    for (size_t i = 0; i < length; ++i) {
+        bar += utf8 ? "\xE2\x96\x87" : "#";
+    }
+    return bar;
+}
 
 void RenderCounts(Snapshot& snapshot, const Options& options, const Terminal& terminal,
                   Output& output) {

@@ -1,4 +1,4 @@
-#include "count.h"
+#include "counts.h"
 
 #include <gtest/gtest.h>
 

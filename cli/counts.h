@@ -1,5 +1,5 @@
-#ifndef VORN_CLI_COUNT_H
-#define VORN_CLI_COUNT_H
+#ifndef VORN_CLI_COUNTS_H
+#define VORN_CLI_COUNTS_H
 
 /**
  * @file
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "options.h"
+#include "output.h"
 #include "snapshot.h"
 #include "terminal.h"
 
@@ -25,6 +26,10 @@ std::vector<Count> CountBy(Snapshot& snapshot, const std::vector<Column>& column
 
 /** A bar of width columns at most, for part of the biggest count; never empty. */
 std::string Bar(size_t part, size_t biggest, size_t width, bool utf8);
+
+/** The counts of --count-by, in the format that was asked for. */
+void RenderCounts(Snapshot& snapshot, const Options& options, const Terminal& terminal,
+                  Output& output);
 
 }  // namespace cli
 
