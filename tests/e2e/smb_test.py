@@ -32,11 +32,15 @@ CONFIGURATION = """
 def setUpModule():
     needs("smbd", "smbclient", "smbpasswd", "smbstatus")
     set_up_host()
-    write_file("/etc/samba/smb.conf", CONFIGURATION)
-    for user in ("alice", "bob"):
-        run(["smbpasswd", "-s", "-a", user], input=f"{PASSWORD}\n{PASSWORD}\n")
+    set_up_smb(CONFIGURATION)
     for number in range(3):
         write_file(f"/volume1/share/file-{number}", b"content", 0o666)
+
+
+def set_up_smb(configuration):
+    write_file("/etc/samba/smb.conf", configuration)
+    for user in ("alice", "bob"):
+        run(["smbpasswd", "-s", "-a", user], input=f"{PASSWORD}\n{PASSWORD}\n")
 
 
 class SmbTest(unittest.TestCase):

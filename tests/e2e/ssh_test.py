@@ -18,6 +18,10 @@ KEY = "/root/e2e-key"
 def setUpModule():
     needs("sshd", "ssh", "sftp")
     set_up_host()
+    set_up_ssh()
+
+
+def set_up_ssh():
     os.makedirs("/run/sshd", exist_ok=True)
     run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", KEY])
     run(["ssh-keygen", "-A"])
