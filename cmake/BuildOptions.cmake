@@ -23,7 +23,7 @@ endif()
 if(VORN_HARDENING)
     # -O2 comes with the build type; without optimisation _FORTIFY_SOURCE does nothing.
     target_compile_options(vorn_build_options INTERFACE
-        -fstack-protector-strong -fcf-protection -Wformat -Werror=format-security
+        -fstack-protector-strong -Wformat -Werror=format-security
         -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
     target_link_options(vorn_build_options INTERFACE -Wl,-z,relro)
 endif()
