@@ -39,8 +39,8 @@ std::optional<SmbUsers> AskSmbStatus(const std::string& program) {
     if (!users) {
         const std::string reason =
             result.Succeeded() ? "prints what is not understood" : Reason(result);
-        Log(LOG_WARNING, kSource, __LINE__, Escape(program) + ' ' + reason +
-                                                ": users of SMB connections stay unknown");
+        Log(LOG_WARNING, kSource, __LINE__,
+            Escape(program) + ' ' + reason + ": users of SMB connections stay unknown");
     }
     return users;
 }
