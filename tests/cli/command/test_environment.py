@@ -15,6 +15,12 @@ def unmount_volumes():
     return ["unshare", "--mount", "sh", "-c", 'umount /volume1 /volume2; exec "$@"', "sh"]
 
 
+def empty_volumes():
+    """In a mount namespace of the command's own, with a file open on one of them."""
+    return ["unshare", "--mount", "sh", "-c", "mount -t tmpfs none /volume1; mount -t tmpfs none /volume2; "
+            'exec 9>/volume1/file; exec "$@"', "sh"]
+
+
 def run_under(prefix, *arguments):
     return subprocess.run([*prefix, COMMAND, *arguments], capture_output=True, check=False, timeout=60)
 
@@ -122,6 +128,14 @@ class Environment(unittest.TestCase):
         self.assertEqual((check.returncode, states["volumes"]), (1, "missing"))
 
     def test_no_shares(self):
+        listing = run_under(empty_volumes(), "--json")
+        self.assertEqual((listing.returncode, json.loads(listing.stdout)["files"], listing.stderr), (1, [], b""))
+        check = run_under(empty_volumes(), "check", "--json")
+        shares = [each for each in json.loads(check.stdout)["checks"] if each["subject"] == "shares"]
+        self.assertEqual([(each["state"], each["text"].split(";")[0]) for each in shares],
+                         [("warning", "no share found")])
+
+    def test_file_beside_all_shares(self):
         with Holder([touch(b"/volume2/file beside all shares")]):
             self.assertNotIn(b"beside", run().stdout)
             self.assertIn(b"/volume2/file beside", run("--by", "volume").stdout)
@@ -149,7 +163,18 @@ class Environment(unittest.TestCase):
             result = run("--json", "/volume2/many")
             self.assertEqual((result.returncode, len(json.loads(result.stdout)["files"])), (0, 100000))
             self.assertEqual(run("--pids", "/volume2/many").stdout.count(b"\n"), 10)
-            self.assertEqual(run("/volume2/many").stdout.count(b"\n"), 100001)
+            for arguments, lines in (([], 100001), (["--format", "csv"], 100001), (["--format", "jsonl"], 100000),
+                                     (["--count-by", "user"], 2)):
+                self.assertEqual(run("/volume2/many", *arguments).stdout.count(b"\n"), lines, arguments)
+            self.reader_leaves_after_a_line("/volume2/many")
+
+    def reader_leaves_after_a_line(self, path):
+        for arguments in ([], ["--json"], ["--format", "csv"]):
+            command = subprocess.Popen([COMMAND, path, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            self.assertTrue(command.stdout.readline())
+            command.stdout.close()
+            self.assertEqual((command.stderr.read(), command.wait(60)), (b"", 0), arguments)
+            command.stderr.close()
 
     def test_selecting_ordering_and_limiting(self):
         paths = [touch(b"/volume1/photo/sel/" + name) for name in (b"b.JPG", b"a.png", b"c.jpg")]

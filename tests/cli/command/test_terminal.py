@@ -35,6 +35,12 @@ class OnATerminal(unittest.TestCase):
             self.assertTrue(any("\u2026" in line for line in lines))
         self.assertTrue(any(line.endswith("\u771f.jpg") for line in lines))
 
+    def test_counts_fit_every_width(self):
+        for width in (20, 40, 79, 80, 132):
+            status, lines = Terminal(COMMAND, "--count-by", "service,path", columns=width, NO_COLOR="1").finish()
+            self.assertEqual((status, len(lines), lines[-1]), (0, 4, ""))
+            self.assertLessEqual(max(map(columns, lines)), width)
+
     def test_long_path_is_whole_where_it_fits_and_off_a_terminal(self):
         _, lines = Terminal(COMMAND, columns=400, NO_COLOR="1").finish()
         self.assertTrue(any(line.endswith(LONG[len("/volume1/"):]) for line in lines))
