@@ -22,15 +22,15 @@ start_sshd() {
 }
 
 write_session() {
-    # shellcheck disable=SC2016 # expanded by the session's shell
+    # No pattern removes the file: expanding it would hold the folder open, which nobody expects.
     cat >"$keys/session" <<END
 #!/bin/bash
 : </dev/tcp/127.0.0.1/$port
-ssh -F /dev/null -q -i $keys/user -p $port -o BatchMode=yes -o StrictHostKeyChecking=no \\
+pid=\$(ssh -F /dev/null -q -i $keys/user -p $port -o BatchMode=yes -o StrictHostKeyChecking=no \\
     -o UserKnownHostsFile=/dev/null root@127.0.0.1 \\
-    'exec 3>/volume1/photo/ssh-p\$\$; exec sleep 0.1' </dev/null
+    'echo \$\$; exec 3>/volume1/photo/ssh-p\$\$; exec sleep 0.1' </dev/null)
 status=\$?
-rm -f /volume1/photo/ssh-p*
+rm -f "/volume1/photo/ssh-p\$pid"
 exit \$status
 END
     chmod 755 "$keys/session"
