@@ -7,13 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace {
-
-/** In the child: closed when the body has run. */
-int bodyRuns = -1;
-
-}  // namespace
-
 Child::Child(const std::function<void()>& body) {
     // Closed when the body has run, or on execution of a program.
     int running[2];
@@ -25,9 +18,8 @@ Child::Child(const std::function<void()>& body) {
     if (pid_ == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         close(running[0]);
-        bodyRuns = running[1];
         body();
-        LeaveBody();
+        close(running[1]);
         for (;;)
             pause();
     }
@@ -35,10 +27,6 @@ Child::Child(const std::function<void()>& body) {
     char byte;
     EXPECT_EQ(read(running[0], &byte, 1), 0);
     close(running[0]);
-}
-
-void Child::LeaveBody() {
-    close(bodyRuns);
 }
 
 Child::~Child() {

@@ -16,12 +16,6 @@ public:
 
     pid_t Pid() const { return pid_; }
 
-    /**
-     * To be called by a process that the body forks: whoever waits for the body is not to wait for
-     * that process too.
-     */
-    static void LeaveBody();
-
 private:
     pid_t pid_ = -1;
 };
