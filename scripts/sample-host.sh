@@ -141,6 +141,12 @@ build_root() {
     done < <(host_mount_points)
     if [[ $project != / ]]; then
         mount --rbind "$project" "$root$project"
+        # Tests run as other users too, also where the project lies in root's own home.
+        target=$(dirname "$project")
+        while [[ $target != / ]]; do
+            chmod a+x "$root$target"
+            target=$(dirname "$target")
+        done
     fi
 
     mkdir -p "$root/volume1" "$root/volume2"
