@@ -27,17 +27,14 @@ public:
     }
     /** False when there is nothing to read, as for a descriptor that was closed meanwhile. */
     bool Read(const char* descriptor) {
-        const size_t length = strnlen(descriptor, sizeof(link_) - 1 - nameAt_);
-        memcpy(link_ + nameAt_, descriptor, length);
-        link_[nameAt_ + length] = '\0';
-        memset(target_, 0, sizeof(target_));
-        const ssize_t targetLength = readlink(link_, target_, sizeof(target_) - 1);
-        if (targetLength <= 0) {
-            return false;
-        }
-        target_[targetLength] = '\0';
-        path_ = target_;
-        return true;
+        const size_t nameLength = strnlen(descriptor, sizeof(link_) - 1 - nameAt_);
+        memcpy(link_ + nameAt_, descriptor, nameLength);
+        link_[nameAt_ + nameLength] = '\0';
+        // All zero before each read: what the last one left is all that isn't.
+        memset(target_, 0, path_.size());
+        const ssize_t length = readlink(link_, target_, sizeof(target_) - 1);
+        path_.assign(target_, length > 0 ? static_cast<size_t>(length) : 0);
+        return !path_.empty();
     }
     const std::string& Target() const { return path_; }
 
@@ -45,7 +42,7 @@ private:
     char directory_[kPathSize];
     size_t nameAt_ = 0;
     char link_[kPathSize];
-    char target_[kPathSize];
+    char target_[kPathSize] = {};
     std::string path_;
 };
 
