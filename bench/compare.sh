@@ -5,7 +5,7 @@
 #   bench/compare.sh [PROCESSES DESCRIPTORS]...
 #
 # Without arguments: 10,000, 50,000, 200,000, 500,000 and 1,000,000 descriptors, which takes about
-# a quarter of an hour.
+# half an hour.
 set -euo pipefail
 
 project=$(realpath "$(dirname "$0")/..")

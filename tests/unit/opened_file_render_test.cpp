@@ -1,29 +1,12 @@
 #include <json/json.h>
 
+#include "support/full_record.h"
 #include "support/library_test.h"
 
 using namespace VORN::FileHandle;
 
 using RecordMatch = unit::LibraryTest;
 using RecordJson = unit::LibraryTest;
-
-namespace {
-
-/** A record whose column texts are their own names in upper case. */
-OpenedFile FullRecord() {
-    OpenedFile file;
-    file.setServiceName("SERVICE");
-    file.setPid("PID");
-    file.setUser("USER");
-    file.setHost("HOST");
-    file.setPath("PATH");
-    file.setFilename("FILENAME");
-    file.setTime("TIME");
-    file.setFullPath("FULLPATH");
-    return file;
-}
-
-}  // namespace
 
 TEST_F(RecordMatch, MatchesTheColumnThatTheMemberSelects) {
     const std::pair<MEMBER, const char*> columns[] = {

@@ -1,5 +1,6 @@
 #include <type_traits>
 
+#include "support/full_record.h"
 #include "support/library_test.h"
 
 using namespace VORN::FileHandle;
@@ -34,20 +35,6 @@ const Field kFields[] = {
     {"Filename", &OpenedFile::setFilename, &OpenedFile::getFilename, "!filename.empty()", 74},
     {"Time", &OpenedFile::setTime, &OpenedFile::getTime, "!strTime.empty()", 80},
 };
-
-/** A record whose column texts are their own names in upper case. */
-OpenedFile FullRecord() {
-    OpenedFile file;
-    file.setServiceName("SERVICE");
-    file.setPid("PID");
-    file.setUser("USER");
-    file.setHost("HOST");
-    file.setPath("PATH");
-    file.setFilename("FILENAME");
-    file.setTime("TIME");
-    file.setFullPath("FULLPATH");
-    return file;
-}
 
 }  // namespace
 
