@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Which capabilities the command needs for a complete list: runs it with every set of the two that
-# matter, as an unprivileged user and as root without the others, while root and two users
-# hold files, and prints what it lists. Fails when the least set no longer suffices, or a smaller
-# one does.
+# matter, and with the one that the metrics service has as its second, as an unprivileged user and
+# as root without the others, while root and two users hold files, and prints what it lists. Fails
+# when a set that suffices no longer does, or a smaller one does.
 #   least_capabilities.sh COMMAND
 set -euo pipefail
 
@@ -60,9 +60,13 @@ expect 65534 +sys_ptrace 0 0
 expect 65534 +dac_read_search 0 0
 # shellcheck disable=SC2086 # two words
 expect 65534 +sys_ptrace,+dac_read_search $complete
+# shellcheck disable=SC2086 # two words
+expect 65534 +sys_ptrace,+dac_override $complete
 expect 0 none 0 0 # root's own processes have more rights than it then has
 expect 0 +sys_ptrace 2 1
 expect 0 +dac_read_search 0 0
 # shellcheck disable=SC2086 # two words
 expect 0 +sys_ptrace,+dac_read_search $complete
+# shellcheck disable=SC2086 # two words
+expect 0 +sys_ptrace,+dac_override $complete
 exit "$failed"

@@ -62,8 +62,10 @@ static_assert(std::is_constructible_v<StringBundle, const char*, const char*, co
 
 // Its records.
 static_assert(offsetof(KLIBC_SZLIST, nItem) == 0);
+static_assert(sizeof(KLIBC_SZLIST) == sizeof(int));
 HAS_TYPE(KLIBC_SZLIST::nItem, int);
 static_assert(offsetof(VORN_SHARE, szPath) == 16);
+static_assert(sizeof(VORN_SHARE) == 24);
 HAS_TYPE(VORN_SHARE::szPath, const char*);
 static_assert(offsetof(VORN_MOUNT_VOL_INFO, szMountPath) == 52);
 static_assert(offsetof(VORN_MOUNT_VOL_INFO, pNext) == 112);
@@ -80,8 +82,15 @@ HAS_TYPE(VORN_CURCONN::szHost, const char*);
 HAS_TYPE(VORN_CURCONN::szUser, const char*);
 HAS_TYPE(VORN_CURCONN::type, std::uint32_t);
 static_assert(offsetof(KLIBC_PROC, ppid) == 4);
+static_assert(sizeof(KLIBC_PROC) == 8);
 HAS_TYPE(KLIBC_PROC::ppid, std::int32_t);
 static_assert(sizeof(StringBundle) == sizeof(void*) && !std::is_polymorphic_v<StringBundle>);
+
+// Its numbers.
+static_assert(KLIBC_ERR_RESOURCE == 0x0100 && KLIBC_ERR_NOT_FOUND == 0x0700 &&
+              KLIBC_ERR_BAD_PARAM == 0x0D00 && KLIBC_ERR_INTERNAL == 0x2A00);
+static_assert(KLIBC_ENUM_DIRECTORIES == 0x40);
+static_assert(VORN_CURCONN_SSH == 10);
 
 // What the library supplies.
 HAS_TYPE(VORNEnumOpenedFile, int(Files&, int));

@@ -1,6 +1,7 @@
 #!/bin/bash
 # systemd_verify.sh DATA: systemd accepts the slices and drop-ins of the folder without a remark,
-# and puts each unit that has a drop-in into the slice that it names.
+# puts each unit that has a drop-in into the slice that it names, and finds the services no more
+# exposed than they are said to be.
 set -euo pipefail
 data=$1
 manager=/lib/systemd/systemd
@@ -54,4 +55,12 @@ if [ -n "$missing" ]; then
     printf 'not placed as expected:\n%s\n' "$missing"
     exit 1
 fi
+
+# Ten times the exposure that docs/reliability.md names.
+exposed=0
+for service in "$data"/*.service; do
+    systemd-analyze security --offline=yes --no-pager --threshold=25 "$service" >"$units/exposure" ||
+        { cat "$units/exposure"; exposed=1; }
+done
+[ "$exposed" = 0 ]
 echo "${#names[@]} units verified"
