@@ -2,10 +2,11 @@
 """Files that clients hold over SMB: from where, and by whom."""
 
 import os
+import pwd
 import subprocess
 import unittest
 
-from harness import PASSWORD, main, needs, run, set_up_host, wait_until, write_file
+from harness import BUILD, PASSWORD, main, needs, run, set_up_host, wait_until, write_file
 from listing import UNKNOWN, open_files
 from processes import Holder, await_holder, start, stop
 from servers import Server, SystemLog, from_address
@@ -89,6 +90,19 @@ class SmbClients(SmbTest):
     def test_a_client_over_ipv6_has_its_address(self):
         self.hold("bob", "::1", "file-1")
         self.assertEqual(open_files().client("/volume1/share/file-1"), ("SMB", "::1", "bob"))
+
+
+class CallerThatRaisesItsRights(SmbTest):
+    """smbstatus refuses to work where it believes itself to be set-user-id."""
+
+    CALLER = os.path.join(BUILD, "bin", "vornfilehandle_raised_caller")
+
+    def test_it_sees_the_users_of_smb_clients(self):
+        self.hold("alice", "127.0.0.7", "file-0")
+        environment = {**os.environ, "ASAN_OPTIONS": "detect_leaks=0"}
+        for caller in ("alice", "bob"):
+            printed = run([self.CALLER, str(pwd.getpwnam(caller).pw_uid)], env=environment)
+            self.assertIn("/volume1/share/file-0 127.0.0.7 alice\n", printed)
 
 
 class SmbStatusThatFails(SmbTest):

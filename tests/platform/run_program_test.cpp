@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <string>
+#include <thread>
 
 #include "support/fd.h"
 #include "support/run_program.h"
@@ -29,7 +30,44 @@ void ExpectNoChildLeft() {
     EXPECT_EQ(errno, ECHILD);
 }
 
+struct Identity {
+    id_t real;
+    id_t effective;
+    id_t saved;
+};
+
+/** What a program sees of itself whose host thread has these ids, as users and as groups. */
+std::string IdentitySeen(const Identity& host) {
+    std::string output;
+    // Raw calls change the one thread alone, and with it their change ends.
+    std::thread([&] {
+        EXPECT_EQ(syscall(SYS_setresgid, host.real, host.effective, host.saved), 0);
+        EXPECT_EQ(syscall(SYS_setresuid, host.real, host.effective, host.saved), 0);
+        output =
+            vornplatform::RunProgram({"/bin/grep", "^[UG]id:", "/proc/self/status"}, kRoomy).output;
+    }).join();
+    return output;
+}
+
 }  // namespace
+
+TEST(RunProgram, GivesOneIdentity) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "needs root to take other ids";
+    const std::string root = "Uid:\t0\t0\t0\t0\nGid:\t0\t0\t0\t0\n";
+    const std::string user = "Uid:\t1000\t1000\t1000\t1000\nGid:\t1000\t1000\t1000\t1000\n";
+    const struct {
+        Identity host;
+        const std::string& seen;
+    } rows[] = {
+        {{0, 0, 0}, root},          {{1000, 0, 0}, root},    {{1000, 0, 1000}, root},
+        {{1000, 1000, 1000}, user}, {{1000, 1000, 0}, user}, {{0, 1000, 0}, user},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(IdentitySeen(row.host), row.seen)
+            << row.host.real << ' ' << row.host.effective << ' ' << row.host.saved;
+    }
+}
 
 TEST(RunProgram, ReturnsOutputAndStatus) {
     const struct {

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -12,68 +11,12 @@
 #include <utility>
 
 #include "support/fd.h"
+#include "support/start_program.h"
 
 namespace vornplatform {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-/** Owner of what posix_spawn is told. */
-class SpawnPlan {
-public:
-    explicit SpawnPlan(int output) {
-        posix_spawn_file_actions_init(&actions_);
-        posix_spawnattr_init(&attributes_);
-        PlanDescriptors(output);
-        PlanSignals();
-    }
-    ~SpawnPlan() {
-        posix_spawnattr_destroy(&attributes_);
-        posix_spawn_file_actions_destroy(&actions_);
-    }
-    SpawnPlan(const SpawnPlan&) = delete;
-    SpawnPlan& operator=(const SpawnPlan&) = delete;
-
-    /** 0 or an errno value, also for a step of the plan that memory was short for. */
-    int Spawn(const std::vector<std::string>& argv, pid_t& pid) const {
-        if (error_ != 0)
-            return error_;
-        std::vector<char*> arguments;
-        for (const std::string& argument : argv)
-            arguments.push_back(const_cast<char*>(argument.c_str()));
-        arguments.push_back(nullptr);
-        char locale[] = "LC_ALL=C";
-        char* environment[] = {locale, nullptr};
-        return posix_spawn(&pid, arguments[0], &actions_, &attributes_, arguments.data(),
-                           environment);
-    }
-
-private:
-    void Note(int error) { error_ = error_ == 0 ? error : error_; }
-
-    void PlanDescriptors(int output) {
-        Note(posix_spawn_file_actions_addopen(&actions_, 0, "/dev/null", O_RDONLY, 0));
-        Note(posix_spawn_file_actions_adddup2(&actions_, output, 1));
-        Note(posix_spawn_file_actions_addopen(&actions_, 2, "/dev/null", O_WRONLY, 0));
-        Note(posix_spawn_file_actions_addclosefrom_np(&actions_, 3));
-        Note(posix_spawn_file_actions_addchdir_np(&actions_, "/"));
-    }
-
-    void PlanSignals() {
-        sigset_t signals;
-        sigfillset(&signals);
-        Note(posix_spawnattr_setsigdefault(&attributes_, &signals));
-        sigemptyset(&signals);
-        Note(posix_spawnattr_setsigmask(&attributes_, &signals));
-        Note(posix_spawnattr_setpgroup(&attributes_, 0));
-        Note(posix_spawnattr_setflags(
-            &attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP));
-    }
-
-    posix_spawn_file_actions_t actions_;
-    posix_spawnattr_t attributes_;
-    int error_ = 0;
-};
 
 struct Pipe {
     Fd read;
@@ -177,7 +120,7 @@ ProgramResult RunProgram(const std::vector<std::string>& argv, const ProgramLimi
     result.status = OpenPipe(pipe);
     pid_t pid = -1;
     if (result.status == 0)
-        result.status = SpawnPlan(pipe.write.Get()).Spawn(argv, pid);
+        result.status = StartProgram(argv, pipe.write.Get(), pid);
     if (result.status == ENOMEM)
         throw std::bad_alloc();
     if (result.status != 0)

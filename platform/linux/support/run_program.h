@@ -37,9 +37,10 @@ struct ProgramResult {
  * Runs a program to its end or to a limit and collects its standard output.
  *
  * No shell. The program gets the environment "LC_ALL=C" alone, standard input and standard error
- * on /dev/null, no other descriptor, the folder "/", default signal handling and a process group
- * of its own. Whatever of that group is left at the end is killed; the program itself is always
- * waited for, by its own pid. Safe in a process with threads.
+ * on /dev/null, no other descriptor, the folder "/", default signal handling, a process group of
+ * its own, and the calling thread's effective user and group as its only ones. Whatever of the
+ * process group is left at the end is killed; the program itself is always waited for, by its own
+ * pid. Safe in a process with threads.
  *
  * Throws std::bad_alloc when memory is short, with no program left running.
  *

@@ -1,0 +1,125 @@
+#include "support/start_program.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <memory>
+
+namespace vornplatform {
+namespace {
+
+/** Room for a few plain calls, also as sanitizers compile them. */
+struct alignas(16) Stack {
+    std::byte bytes[64 * 1024];
+};
+
+/** What the child needs to know, made before it starts, for it must not allocate. */
+struct Plan {
+    char* const* argv;
+    char* const* environment;
+    int output;
+    uid_t user;
+    gid_t group;
+    int error; /**< set by the child where it fails; it shares the memory */
+};
+
+/** Nothing that the host program handles or ignores is handled or ignored by the program. */
+bool ResetSignals() {
+    struct sigaction action = {};
+    action.sa_handler = SIG_DFL;
+    // Those that can't be set (SIGKILL, and two of the C library) are neither.
+    for (int signal = 1; signal < _NSIG; ++signal)
+        sigaction(signal, &action, nullptr);
+    sigset_t none;
+    sigemptyset(&none);
+    return sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
+}
+
+/** Not open(), where a cancelled thread of the host program would end. */
+bool OpenNull(int as, int flags) {
+    const auto opened = static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", flags, 0));
+    return opened == as || (opened >= 0 && dup2(opened, as) == as);
+}
+
+bool ArrangeDescriptors(int output) {
+    if (!OpenNull(0, O_RDONLY) || dup2(output, 1) != 1 || !OpenNull(2, O_WRONLY))
+        return false;
+    closefrom(3);
+    return true;
+}
+
+/**
+ * Programs that find their real user to differ take themselves for set-user-id and refuse to work,
+ * and whoever the real user is could send them signals. Not setresuid(), by which the C library
+ * would change the threads of the host program. The other groups stay as they are: they give
+ * nothing to root, and an ordinary user has them rightly.
+ */
+bool TakeOneIdentity(uid_t user, gid_t group) {
+    return syscall(SYS_setresgid, group, group, group) == 0 &&
+           syscall(SYS_setresuid, user, user, user) == 0;
+}
+
+/** In the child, whose memory is the host program's: plain system calls only. */
+int Become(void* argument) {
+    Plan& plan = *static_cast<Plan*>(argument);
+    if (TakeOneIdentity(plan.user, plan.group) && setpgid(0, 0) == 0 &&
+        ArrangeDescriptors(plan.output) && chdir("/") == 0 && ResetSignals())
+        execve(plan.argv[0], plan.argv, plan.environment);
+    plan.error = errno;
+    return 127;
+}
+
+/** No handler of the host program may run in a child that shares its memory. */
+class BlockSignals {
+public:
+    BlockSignals() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~BlockSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    BlockSignals(const BlockSignals&) = delete;
+    BlockSignals& operator=(const BlockSignals&) = delete;
+
+private:
+    sigset_t before_;
+};
+
+/** Comes back when the child has become the program or has failed. */
+pid_t StartChild(Plan& plan) {
+    const auto stack = std::make_unique<Stack>();
+    const BlockSignals blocked;
+    // As posix_spawn does, which can't change identities: no copy of a large host's memory.
+    return clone(&Become, stack->bytes + sizeof(stack->bytes), CLONE_VM | CLONE_VFORK | SIGCHLD,
+                 &plan);
+}
+
+}  // namespace
+
+int StartProgram(const std::vector<std::string>& argv, int output, pid_t& pid) {
+    std::vector<char*> arguments;
+    for (const std::string& argument : argv)
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    arguments.push_back(nullptr);
+    char locale[] = "LC_ALL=C";
+    char* environment[] = {locale, nullptr};
+    Plan plan = {arguments.data(), environment, output, geteuid(), getegid(), 0};
+    const pid_t child = StartChild(plan);
+    if (child < 0)
+        return errno;
+    if (plan.error == 0) {
+        pid = child;
+        return 0;
+    }
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    return plan.error;
+}
+
+}  // namespace vornplatform
