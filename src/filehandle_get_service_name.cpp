@@ -222,7 +222,8 @@ bool NameI18nGet(const std::string& unit, std::string& name,
     if (name.empty()) {
         return false;
     }
-    cache[reference] = name;
+    // In one step: short of memory, the caller's cache gets no reference without its text.
+    cache.emplace(reference, name);
     return true;
 }
 

@@ -79,6 +79,19 @@ TEST_F(Pipeline, TakesOldRecordsThroughEveryStage) {
     EXPECT_EQ(std::next(files.begin())->getHost(), "10.0.0.5");
 }
 
+TEST_F(Pipeline, AttributesAReusedPidToItsNewProcess) {
+    journal.onCall = [this](const std::string& call) {
+        if (call.rfind("VORNShareEnum(", 0) == 0) {
+            libc.controlGroups["9"] = libc.controlGroups["10"];
+            platform.connections = {{9, "10.0.0.6", "bob", 1}};
+        }
+    };
+    EXPECT_EQ(EnumOpenedFile(files, ENUM_BY_SHARE), 0);
+    OpenedFile& file = files.back();
+    EXPECT_EQ(file.getPidStr() + " " + file.getFullPath(), "9 /volume1/photo/b");
+    EXPECT_EQ(file.getService() + " " + file.getHost() + " " + file.getUser(), "Cron 10.0.0.6 bob");
+}
+
 TEST_F(Pipeline, FindsNothingOnAHostWithoutOpenFiles) {
     platform.directories = {{"/proc", {}}};
     EXPECT_EQ(EnumOpenedFile(files, ENUM_BY_SHARE), 0);

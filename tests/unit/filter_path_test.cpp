@@ -1,4 +1,5 @@
 #include "support/filter_test.h"
+#include "support/scripted_lists.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;
@@ -129,6 +130,19 @@ TEST_F(ShareFilter, BelievesTheListedNamesOverAPositiveResult) {
         EXPECT_EQ(files.size(), 1U);
         EXPECT_EQ(journal.CallsOf("VORNShareGet").size(), 2U);
     }
+}
+
+TEST_F(ShareFilter, CountsTheListedNamesAgainBeforeEachLookup) {
+    platform.shares = {{"photo", "/volume1/photo"}, {"docs", "/volume1/docs"}};
+    files = unit::Records({{"7", "/volume1/photo/a"}, {"8", "/volume1/docs/a"}});
+    journal.onCall = [](const std::string& call) {
+        if (call == "VORNShareGet(photo, null)") {
+            unit::SetItemCount("list 2", 1);
+        }
+    };
+    EXPECT_EQ(Run(ENUM_BY_SHARE), 0);
+    EXPECT_THAT(journal.CallsOf("VORNShareGet"), ElementsAre("VORNShareGet(photo, null)"));
+    EXPECT_THAT(unit::Shown(files), ElementsAre("7 /volume1/photo/a"));
 }
 
 TEST_F(ShareFilter, ErasesEverythingWhereTheSharesLeaveNoList) {

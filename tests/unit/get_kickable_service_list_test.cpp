@@ -1,5 +1,8 @@
 #include <algorithm>
+#include <new>
+#include <set>
 
+#include "support/failing_new.h"
 #include "support/service_test.h"
 
 using namespace VORN::FileHandle;
@@ -134,4 +137,26 @@ TEST_F(KickableServices, KeepTheNamesBeforeATextThatIsNull) {
     EXPECT_THROW(GetKickableServiceList(services), std::logic_error);
 
     EXPECT_THAT(services, ElementsAre("localised SMBService.slice", "localised atalk.slice"));
+}
+
+TEST_F(KickableServices, KeepTheNamesBeforeAFailedAllocation) {
+    std::list<std::string> all;
+    GetKickableServiceList(all);
+    std::set<size_t> kept;
+    for (int number = 1;; ++number) {
+        services.clear();
+        const unit::FailingNew failing(number);
+        try {
+            GetKickableServiceList(services);
+            if (!failing.Fired()) {
+                break;
+            }
+        } catch (const std::bad_alloc&) {
+            const unit::FailingNewPause pause;
+            ASSERT_LT(services.size(), all.size());
+            EXPECT_TRUE(std::equal(services.begin(), services.end(), all.begin())) << number;
+            kept.insert(services.size());
+        }
+    }
+    EXPECT_THAT(kept, ElementsAre(0, 1, 2, 3, 4));
 }

@@ -1,6 +1,7 @@
 #include <stdexcept>
 
 #include "support/library_test.h"
+#include "support/scripted_lists.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;
@@ -150,6 +151,33 @@ TEST_F(Scan, CutsTargetsToTheBuffer) {
     EXPECT_EQ(Run(), 0);
     EXPECT_THAT(unit::Column(files, &OpenedFile::getFullPath),
                 ElementsAre(longest, longest, "/volume1/short"));
+}
+
+TEST_F(Scan, ReadsEachLinkIntoABufferOfZeros) {
+    const std::string longest = "/volume1/" + std::string(4095 - 9, 'a');
+    AddProcess("7", {{"3", longest}, {"4", ""}, {"5", "/volume1/b"}, {"6", "/volume1/c"}});
+    EXPECT_EQ(Run(), 0);  // the scripted readlink looks at the buffer
+    EXPECT_THAT(unit::Column(files, &OpenedFile::getFullPath),
+                ElementsAre(longest, "/volume1/b", "/volume1/c"));
+    EXPECT_EQ(journal.CallsOf("readlink").size(), 4U);
+}
+
+TEST_F(Scan, CountsTheNamesAgainBeforeEachOfThem) {
+    for (const char* list : {"list 1", "list 2"}) {
+        platform = unit::ScriptedPlatform();
+        files.clear();
+        AddProcess("7", {{"3", "/volume1/a"}, {"4", "/volume1/b"}});
+        AddProcess("8", {{"3", "/volume1/c"}});
+        journal.onCall = [&](const std::string& call) {
+            if (call == "readlink(/proc/7/fd/3, 4095)") {
+                unit::SetItemCount(list, 1);
+            }
+        };
+        EXPECT_EQ(Run(), 0);
+        EXPECT_THAT(unit::Shown(files),
+                    ElementsAre("7 /volume1/a",
+                                std::string(list) == "list 1" ? "8 /volume1/c" : "7 /volume1/b"));
+    }
 }
 
 TEST_F(Scan, CutsADirectoryTextThatIsLongerThanItsBuffer) {

@@ -269,6 +269,23 @@ TEST_F(ServiceNames, FailAtTheFirstRecordWithoutOneWhenTheDefaultIsEmpty) {
     EXPECT_THAT(Run({"7", "8"}), ElementsAre("A", "A"));
 }
 
+TEST_F(ServiceNames, FailForAUnitThatRefersToAnEmptyDefaultThoughItHasAPlainName) {
+    platform.bundles.erase("service");
+    SetReference(std::string(kVendorUnits) + "a.slice", "service:internal_service");
+    SetName(std::string(kVendorUnits) + "a.slice", "Plain");
+    Put("7", "/a.slice");
+
+    EXPECT_THAT(Run({"7"}, -1), ElementsAre(""));
+
+    EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Invaild Argument (%s)=[%d]\n", "filehandle_opened_file", 56,
+                       "!serviceName.empty()", 0));
+    EXPECT_TRUE(
+        Logged(LOG_ERR, "%s:%d Failed to set service name for opened file", kServiceSource, 277));
+    EXPECT_TRUE(ErrorSet(0x0D00, "filehandle_opened_file", 56));
+    EXPECT_THAT(journal.CallsOf("KLIBCFileGetSectionValue"),
+                ElementsAre(::testing::EndsWith(", NameI18n, 1024)")));
+}
+
 TEST_F(ServiceNames, ChangeNothingElse) {
     AddUnit("a.slice", "", "A");
     Put("7", "/a.slice");

@@ -1,3 +1,5 @@
+#include <new>
+
 #include "filehandle_internal.h"
 #include "support/failing_new.h"
 #include "support/service_test.h"
@@ -235,6 +237,38 @@ TEST_F(LocalisedName, ThatIsNullThrowsAndCachesNothing) {
     EXPECT_THROW(I18nTextGet("texts:null"), std::logic_error);
     EXPECT_THAT(cache, IsEmpty());
     EXPECT_EQ(journal.CallsOf("~StringBundle").size(), 2U);
+}
+
+TEST_F(LocalisedName, StaysWhenItsUnitFileCannotBeReadForWantOfMemory) {
+    SetReference(kVendorFile, "texts:" + std::string(100, 'k'));
+    platform.bundles["texts"][std::string(100, 'k')] = std::string(100, 'x');
+    int refused = 0;
+    int thrown = 0;
+    for (int number = 1;; ++number) {
+        name = "before";
+        cache.clear();
+        const unit::FailingNew failing(number);
+        try {
+            if (NameI18nGet("sshd.slice", name, cache)) {
+                EXPECT_FALSE(failing.Fired());
+                break;
+            }
+            const unit::FailingNewPause pause;
+            EXPECT_EQ(name, "before") << number;
+            ++refused;
+        } catch (const std::bad_alloc&) {
+            ++thrown;
+        }
+        EXPECT_THAT(cache, IsEmpty()) << number;
+    }
+    EXPECT_GT(refused, 0);
+    EXPECT_GT(thrown, 0);
+}
+
+TEST_F(LocalisedName, DoesNotHideExceptionsOfOtherFamilies) {
+    SetReference(kVendorFile, "texts:ssh");
+    const unit::FailingNew failing(1, unit::FailingNew::Throws::kBoost);
+    EXPECT_THROW(NameI18nGet("sshd.slice", name, cache), unit::BoostFailure);
 }
 
 TEST_F(LocalisedName, OfAReferenceIsEmptyWhenTheReferenceIsMalformed) {

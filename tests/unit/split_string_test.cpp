@@ -1,4 +1,5 @@
 #include <boost/exception/exception.hpp>
+#include <locale>
 #include <new>
 
 #include "filehandle_internal.h"
@@ -47,6 +48,24 @@ TEST_F(Split, TrimsAndKeepsEmptyFields) {
         EXPECT_TRUE(Run(row.text, row.separators)) << row.text;
         EXPECT_EQ(fields, row.fields) << row.text;
     }
+}
+
+TEST_F(Split, TrimsByTheGlobalLocale) {
+    /** Calls "_" a white space. */
+    struct Underscore : std::ctype<char> {
+        Underscore() : std::ctype<char>(Table()) {}
+        static const mask* Table() {
+            static std::vector<mask> table(classic_table(), classic_table() + table_size);
+            table['_'] = space;
+            return table.data();
+        }
+    };
+    const std::locale before = std::locale::global(std::locale(std::locale(), new Underscore));
+    EXPECT_TRUE(Run("_a_a:b_", ":"));
+    std::locale::global(before);
+    EXPECT_THAT(fields, ::testing::ElementsAre("a_a", "b"));
+    EXPECT_TRUE(Run("_a:b_", ":"));
+    EXPECT_THAT(fields, ::testing::ElementsAre("_a", "b_"));
 }
 
 TEST_F(Split, ReportsAnExceptionOfTheBoostFamilyButNotOneFromTheTrimming) {

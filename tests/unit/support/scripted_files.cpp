@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -113,6 +114,8 @@ ssize_t readlink(const char* path, char* buffer, size_t size) noexcept {
         return Real(&readlink, "readlink")(path, buffer, size);
     }
     unit::Note("readlink", path, size);
+    EXPECT_EQ(static_cast<size_t>(std::count(buffer, buffer + size, '\0')), size)
+        << "readlink was given a buffer that is not all zero";
     const auto link = TheLibc().links.find(path);
     if (unit::Fails("readlink") || link == TheLibc().links.end()) {
         errno = EIO;

@@ -48,6 +48,16 @@ std::string ListName(const KLIBC_SZLIST* list) {
     return found != ThePlatform().live.end() ? found->second : "dead list";
 }
 
+void SetItemCount(const std::string& name, int count) {
+    for (const auto& [object, objectName] : ThePlatform().live) {
+        if (objectName == name) {
+            static_cast<List*>(const_cast<void*>(object))->nItem = count;
+            return;
+        }
+    }
+    ADD_FAILURE() << name << " is not alive";
+}
+
 void AppendTexts(const std::string& operation, KLIBC_SZLIST** list,
                  const std::vector<std::string>& texts) {
     if (list == nullptr || !IsLive(*list)) {

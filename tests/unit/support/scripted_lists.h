@@ -15,6 +15,9 @@ std::string ListName(const KLIBC_SZLIST* list);
 void AppendTexts(const std::string& operation, KLIBC_SZLIST** list,
                  const std::vector<std::string>& texts);
 
+/** Changes the item count that a list shows, as if it had lost the items behind. */
+void SetItemCount(const std::string& name, int count);
+
 }  // namespace unit
 
 #endif
