@@ -50,6 +50,7 @@ packages[test]='
     libclang-rt-14-dev
     libgmock-dev
     libgtest-dev
+    locales
     mandoc
     python3
     python3-jsonschema

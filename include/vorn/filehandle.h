@@ -113,7 +113,10 @@ public:
 
     /** Whether a column equals a text. True for an empty text. */
     bool isMatchSame(const std::string& text, MEMBER member);
-    /** Whether a column contains a text, in any case of ASCII letters. True for an empty text. */
+    /**
+     * Whether a column contains a text, in any case of what `toupper` knows as letters: ASCII, and
+     * under an LC_CTYPE of single bytes its own as well. True for an empty text.
+     */
     bool isMatchKeyword(const std::string& text, MEMBER member);
 
     /**
@@ -209,7 +212,8 @@ VORN_FILEHANDLE_API int LabelFolder(std::list<OpenedFile>& list);
  *
  * @throws std::out_of_range for exactly "/volume". A process whose descriptor points at an object
  *         of that name makes the whole enumeration throw; a caller who can't rule that out
- *         catches it around VORNEnumOpenedFile and restores the effective ids itself.
+ *         catches it around VORNEnumOpenedFile and restores the effective ids that it had before
+ *         (setegid, then seteuid: the group first, as long as the user is root).
  */
 VORN_FILEHANDLE_API bool PathBeginWithVolume(const std::string& path);
 

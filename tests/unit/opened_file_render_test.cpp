@@ -1,5 +1,9 @@
 #include <json/json.h>
 
+#include <clocale>
+#include <cstdlib>
+
+#include "../platform/temp_folder.h"
 #include "support/full_record.h"
 #include "support/library_test.h"
 
@@ -77,6 +81,25 @@ TEST_F(RecordMatch, LeavesTheTextsOfAKeywordMatchAlone) {
     file.setHost("Box");
     EXPECT_TRUE(file.isMatchKeyword("box", MEMBER_HOST));
     EXPECT_EQ(file.getHost(), "Box");
+}
+
+TEST_F(RecordMatch, FollowsTheCLocaleForSingleBytes) {
+    const TempFolder folder;
+    const std::string command = "localedef --no-archive --inputfile=en_US --charmap=ISO-8859-1 " +
+                                folder.Path("latin1") + " 2>&1";
+    if (std::system(command.c_str()) != 0) {
+        GTEST_SKIP() << "needs localedef and its sources (package locales)";
+    }
+    OpenedFile file;
+    file.setPath("caf\xc9");
+    EXPECT_FALSE(file.isMatchKeyword("\xe9", MEMBER_PATH));
+
+    setenv("LOCPATH", folder.Path().c_str(), 1);
+    ASSERT_STREQ(std::setlocale(LC_CTYPE, "latin1"), "latin1");
+    EXPECT_TRUE(file.isMatchKeyword("\xe9", MEMBER_PATH));
+    std::setlocale(LC_CTYPE, "C");
+    unsetenv("LOCPATH");
+    EXPECT_FALSE(file.isMatchKeyword("\xe9", MEMBER_PATH));
 }
 
 TEST_F(RecordJson, RendersAnEmptyRecord) {

@@ -104,3 +104,19 @@ TEST_F(RealPrivilege, StaysRaisedWhenAnExceptionPasses) {
         EXPECT_THAT(Ids(&getresgid), ElementsAre(100, 0, 0));
     });
 }
+
+TEST_F(RealPrivilege, CanBePutBackByACallerAsTheHeaderSays) {
+    libc.links["/proc/9/fd/4"] = "/volume";
+    unit::RunInChild([this] {
+        // A group that only root may go back to.
+        ASSERT_EQ(setresgid(100, 200, 0), 0);
+        ASSERT_EQ(setresuid(1000, 1000, 0), 0);
+        const uid_t user = geteuid();
+        const gid_t group = getegid();
+        EXPECT_THROW(VORNEnumOpenedFile(files, ENUM_BY_SHARE), std::out_of_range);
+        EXPECT_EQ(setegid(group), 0);
+        EXPECT_EQ(seteuid(user), 0);
+        EXPECT_THAT(Ids(&getresuid), ElementsAre(1000, 1000, 0));
+        EXPECT_THAT(Ids(&getresgid), ElementsAre(100, 200, 0));
+    });
+}

@@ -1,6 +1,8 @@
 #include <cerrno>
+#include <new>
 #include <stdexcept>
 
+#include "support/failing_new.h"
 #include "support/privilege_test.h"
 
 using namespace VORN::FileHandle;
@@ -237,4 +239,40 @@ TEST_F(Privilege, StaysRaisedWhenAnExceptionPasses) {
     EXPECT_EQ(libc.identities->user, 0U);
     EXPECT_EQ(libc.identities->group, 0U);
     EXPECT_THAT(unit::Shown(files), ElementsAre("9 /volume1/photo/b"));
+}
+
+TEST_F(Privilege, LetsEveryFailedAllocationThrough) {
+    // A pid that makes paths too long to be had without memory, and an ancestor to search for.
+    AddProcess("1234567", "sshd.slice", "SSH", {"/volume1/photo/" + std::string(40, 'c')});
+    platform.connections.push_back({1000000, "10.0.0.6", "bob", 10});
+    platform.processes[1234567].ppid = 1000000;
+    int thrown = 0;
+    bool fired = true;
+    for (int number = 1; fired; ++number) {
+        SCOPED_TRACE(number);
+        files.clear();
+        BeIdentity(1000, 100);
+        const size_t linesBefore = libc.logLines.size();
+        uid_t user = 1000;
+        gid_t group = 100;
+        try {
+            const unit::FailingNew failing(number);
+            EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
+        } catch (const std::bad_alloc&) {
+            ++thrown;
+            user = 0;
+            group = 0;
+        }
+        fired = unit::FailingNew::Fired();
+        EXPECT_EQ(libc.identities->user, user);
+        EXPECT_EQ(libc.identities->group, group);
+        EXPECT_THAT(platform.LiveObjects(), ::testing::IsEmpty());
+        if (libc.logLines.size() != linesBefore) {
+            EXPECT_TRUE(Logged(LOG_ERR, "%s:%d Failed to open pid %s cgroup, error=[%s]",
+                               "filehandle_get_service_name", 136, "1234567",
+                               std::bad_alloc().what()));
+        }
+    }
+    EXPECT_GT(thrown, 0);
+    EXPECT_THAT(unit::Column(files, &OpenedFile::getUser), ::testing::Contains("bob"));
 }

@@ -15,7 +15,7 @@ using ::testing::ElementsAre;
 
 namespace {
 
-using Ids = std::vector<int>; /**< real, effective, saved */
+using Ids = std::vector<int>; /**< real, effective, saved; of a thread also that of files */
 
 struct State {
     const char* name;
@@ -43,20 +43,25 @@ const State kStates[] = {
     {"SavedRootGroupAlone", {1000, 1000, 1000}, {100, 100, 0}, 1000, 0, true},
 };
 
-/** The line "Uid:" or "Gid:" of every thread of this process, the last id (of files) left out. */
+/** The line "Uid:" or "Gid:" of every thread of this process. */
 std::set<Ids> IdsOfThreads(const std::string& line) {
     std::set<Ids> found;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
         std::ifstream status(task.path() / "status");
         for (std::string word; status >> word;) {
             if (word == line) {
-                Ids ids(3);
-                status >> ids[0] >> ids[1] >> ids[2];
+                Ids ids(4);
+                status >> ids[0] >> ids[1] >> ids[2] >> ids[3];
                 found.insert(ids);
             }
         }
     }
     return found;
+}
+
+/** Ids of a thread: files are opened with the effective one. */
+Ids WithEffective(const Ids& ids, int effective) {
+    return {ids[0], effective, ids[2], effective};
 }
 
 /** Real identities of a process with a thread, in each state that a process can be in. */
@@ -88,12 +93,11 @@ protected:
         EXPECT_EQ(VORNEnumOpenedFile(files, ENUM_BY_SHARE), 0);
         EXPECT_EQ(errno, 0);
         // One value: every thread has the same identities.
-        EXPECT_THAT(usersInside,
-                    ElementsAre(Ids{state.users[0], state.userInside, state.users[2]}));
-        EXPECT_THAT(groupsInside,
-                    ElementsAre(Ids{state.groups[0], state.groupInside, state.groups[2]}));
-        EXPECT_THAT(IdsOfThreads("Uid:"), ElementsAre(state.users));
-        EXPECT_THAT(IdsOfThreads("Gid:"), ElementsAre(state.groups));
+        EXPECT_THAT(usersInside, ElementsAre(WithEffective(state.users, state.userInside)));
+        EXPECT_THAT(groupsInside, ElementsAre(WithEffective(state.groups, state.groupInside)));
+        EXPECT_THAT(IdsOfThreads("Uid:"), ElementsAre(WithEffective(state.users, state.users[1])));
+        EXPECT_THAT(IdsOfThreads("Gid:"),
+                    ElementsAre(WithEffective(state.groups, state.groups[1])));
         if (state.enterFails) {
             EXPECT_TRUE(EnterLogged());
         }

@@ -9,6 +9,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "support/failing_new.h"
+
 namespace unit {
 
 /**
@@ -51,6 +53,7 @@ std::string Hex(int number);
 /** Adds `function(arguments)` to the journal. */
 template <typename... Arguments>
 void Note(const char* function, const Arguments&... arguments) {
+    const FailingNewPause pause;
     const int savedErrno = errno;
     std::ostringstream call;
     [[maybe_unused]] const char* separator = "";

@@ -84,6 +84,7 @@ FILE* OpenStream(const char* name, const char* path, const char* mode) {
 
 template <typename Status>
 int StatusOf(const char* name, const char* path, Status* status) {
+    const unit::FailingNewPause pause;
     if (TheLibc().active) {
         unit::Note("stat", path);
         if (unit::Fails("stat")) {
@@ -110,6 +111,7 @@ mode_t ModeOf(int flags, va_list arguments) {
 extern "C" {
 
 ssize_t readlink(const char* path, char* buffer, size_t size) noexcept {
+    const unit::FailingNewPause pause;
     if (!TheLibc().active || PidOf(path).empty()) {
         return Real(&readlink, "readlink")(path, buffer, size);
     }

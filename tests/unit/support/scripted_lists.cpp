@@ -3,6 +3,7 @@
 #include <deque>
 
 #include "support/failing_calls.h"
+#include "support/failing_new.h"
 #include "support/journal.h"
 #include "support/scripted_lists.h"
 #include "support/scripted_platform.h"
@@ -82,6 +83,7 @@ void AppendTexts(const std::string& operation, KLIBC_SZLIST** list,
 extern "C" {
 
 KLIBC_SZLIST* KLIBCSzListAlloc(int size) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCSzListAlloc", size);
     const int call = ++ThePlatform().allocCalls;
     if (unit::Fails("KLIBCSzListAlloc") || ThePlatform().failingAllocs.count(call) != 0) {
@@ -95,6 +97,7 @@ KLIBC_SZLIST* KLIBCSzListAlloc(int size) {
 }
 
 int KLIBCSzListPush(KLIBC_SZLIST** list, const char* text) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCSzListPush", unit::ListName(*list), text);
     if (unit::Fails("KLIBCSzListPush") ||
         ThePlatform().failingPushes.count(++ThePlatform().pushCalls) != 0) {
@@ -118,6 +121,7 @@ const char* KLIBCSzListGet(const KLIBC_SZLIST* list, int index) {
 }
 
 void KLIBCSzListRemoveAll(KLIBC_SZLIST* list) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCSzListRemoveAll", unit::ListName(list));
     if (list == nullptr) {
         return;
@@ -131,6 +135,7 @@ void KLIBCSzListRemoveAll(KLIBC_SZLIST* list) {
 }
 
 void KLIBCSzListFree(KLIBC_SZLIST* list) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCSzListFree", unit::ListName(list));
     if (list == nullptr) {
         return;

@@ -67,6 +67,7 @@ int KLIBCErrGet(void) {
 }
 
 int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list, int options) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCFileEnumDir", path, pattern, unit::ListName(*list), unit::Hex(options));
     const auto names = ThePlatform().directories.find(path);
     if (unit::Fails("KLIBCFileEnumDir") || names == ThePlatform().directories.end()) {
@@ -78,6 +79,7 @@ int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list,
 }
 
 int KLIBCFileCheckDir(const char* path) {
+    const unit::FailingNewPause pause;
     unit::Note("KLIBCFileCheckDir", path);
     if (unit::Fails("KLIBCFileCheckDir")) {
         return Fail(ScriptedPlatform::kCheckDirError);
@@ -101,6 +103,7 @@ int KLIBCFileGetSectionValue(const char* path, const char* section, const char* 
 }
 
 int VORNShareEnum(KLIBC_SZLIST** names, int flags) {
+    const unit::FailingNewPause pause;
     unit::Note("VORNShareEnum", unit::ListName(*names), unit::Hex(flags));
     if (unit::Fails("VORNShareEnum")) {
         return Fail(ScriptedPlatform::kShareEnumError);
@@ -115,6 +118,7 @@ int VORNShareEnum(KLIBC_SZLIST** names, int flags) {
 }
 
 int VORNShareGet(const char* name, VORN_SHARE** share) {
+    const unit::FailingNewPause pause;
     ScriptedPlatform& platform = ThePlatform();
     unit::Note("VORNShareGet", name, *share == nullptr ? "null" : "the record");
     EXPECT_TRUE(*share == nullptr || *share == &platform.shareRecord);
@@ -134,6 +138,7 @@ int VORNShareGet(const char* name, VORN_SHARE** share) {
 }
 
 VORN_MOUNT_VOL_INFO* VORNMountVolAllEnum(int type, int state, int flags) {
+    const unit::FailingNewPause pause;
     unit::Note("VORNMountVolAllEnum", type, state, flags);
     std::vector<VORN_MOUNT_VOL_INFO>& chain = ThePlatform().volumeChain;
     chain.assign(ThePlatform().volumes.size(), VORN_MOUNT_VOL_INFO());
@@ -154,6 +159,7 @@ void VORNMountVolInfoFree(VORN_MOUNT_VOL_INFO* volume) {
 }
 
 int VORNEAHiddenDirGet(KLIBC_SZLIST** list) {
+    const unit::FailingNewPause pause;
     unit::Note("VORNEAHiddenDirGet", unit::ListName(*list));
     if (unit::Fails("VORNEAHiddenDirGet")) {
         return Fail(ScriptedPlatform::kHiddenError);
