@@ -14,45 +14,16 @@ namespace {
 /** What --time and the time column show where there is no time to be had. */
 constexpr const char* kNoTime = "-";
 
-void EnumerateOnce(std::list<OpenedFile>& files, VORN::FileHandle::ENUM_BY by) {
+void Enumerate(Snapshot& snapshot, VORN::FileHandle::ENUM_BY by) {
+    const VolumeGuard guard;
     // The identities are those of the caller: raising them is for set-user-id programs.
-    if (VORN::FileHandle::EnumOpenedFile(files, by) < 0) {
+    if (VORN::FileHandle::EnumOpenedFile(snapshot.files, by) < 0) {
         throw Failure(
             fmt::format("can't list the open files (error 0x{:04X}); the system log says why, and "
                         "'vorn-openfiles check' tells what this host lacks",
                         KLIBCErrGet()));
     }
-}
-
-/** The same without what the library throws at. Its holder may try to be quicker. */
-void EnumerateGuarded(Snapshot& snapshot, VORN::FileHandle::ENUM_BY by) {
-    constexpr int kAttempts = 10;
-    VolumeGuard guard;
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        try {
-            snapshot.files.clear();
-            EnumerateOnce(snapshot.files, by);
-            snapshot.notice = fmt::format(
-                "left out an object named \"/volume\", which is in no volume; "
-                "held open by: {}",
-                fmt::join(guard.Pids(), ", "));
-            return;
-        } catch (const std::out_of_range&) {
-            // Opened since its process was looked at.
-        }
-    }
-    throw Failure(
-        "can't list the open files: a process opens an object named \"/volume\" over and over, "
-        "which the library can't tell from a volume; find it with 'ls -l /proc/*/fd | grep "
-        "\"/volume$\"' and end it");
-}
-
-void Enumerate(Snapshot& snapshot, VORN::FileHandle::ENUM_BY by) {
-    try {
-        EnumerateOnce(snapshot.files, by);
-    } catch (const std::out_of_range&) {
-        EnumerateGuarded(snapshot, by);
-    }
+    snapshot.notice = guard.Notice();
 }
 
 bool IsSameRecord(OpenedFile& a, OpenedFile& b) {

@@ -1,54 +1,48 @@
 #include "volume_guard.h"
 
-#include <dlfcn.h>
+#include <fcntl.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <memory>
-#include <string_view>
-
-#include "vorn/platform/file.h"
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <iterator>
+#include <optional>
 
 namespace cli {
 namespace {
 
-constexpr std::string_view kProcess = "/proc/";
-constexpr std::string_view kDescriptors = "/fd/";
-constexpr std::string_view kBareVolume = "/volume";
-
 VolumeGuard* guard = nullptr;
 
-struct ListFree {
-    void operator()(KLIBC_SZLIST* list) const { KLIBCSzListFree(list); }
-};
-
-/** The pid in "/proc/<pid>/fd/", empty for another folder. */
-std::string_view PidOf(std::string_view folder) {
-    if (folder.size() <= kProcess.size() + kDescriptors.size() ||
-        folder.substr(0, kProcess.size()) != kProcess ||
-        folder.substr(folder.size() - kDescriptors.size()) != kDescriptors) {
-        return {};
+/** Takes a text off the front. */
+bool Take(std::string_view& text, std::string_view front) {
+    if (text.substr(0, front.size()) != front) {
+        return false;
     }
-    return folder.substr(kProcess.size(), folder.size() - kProcess.size() - kDescriptors.size());
+    text.remove_prefix(front.size());
+    return true;
 }
 
-int NextEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list, int options) {
-    static const auto kNext =
-        reinterpret_cast<decltype(&KLIBCFileEnumDir)>(dlsym(RTLD_NEXT, "KLIBCFileEnumDir"));
-    return kNext(path, pattern, list, options);
+std::optional<int> TakeNumber(std::string_view& text) {
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || number < 0) {
+        return std::nullopt;
+    }
+    text.remove_prefix(static_cast<size_t>(end - text.data()));
+    return number;
 }
 
-int GuardedEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list, int options) {
-    KLIBC_SZLIST* all = KLIBCSzListAlloc(0);
-    const int count = NextEnumDir(path, pattern, &all, options);
-    const std::unique_ptr<KLIBC_SZLIST, ListFree> owner(all);
-    for (int i = 0; i < count; ++i) {
-        const char* name = KLIBCSzListGet(all, i);
-        if (!guard->LeavesOut(path, name) && KLIBCSzListPush(list, name) < 0) {
-            return -1;
-        }
+/** The pid in "/proc/<pid>/fd/<n>"; nothing for another link. */
+std::optional<int> PidOf(std::string_view link) {
+    if (!Take(link, "/proc/")) {
+        return std::nullopt;
     }
-    return count;
+    const std::optional<int> pid = TakeNumber(link);
+    const bool isDescriptor = pid && Take(link, "/fd/") && TakeNumber(link) && link.empty();
+    return isDescriptor ? pid : std::nullopt;
 }
 
 }  // namespace
@@ -61,27 +55,49 @@ VolumeGuard::~VolumeGuard() {
     guard = nullptr;
 }
 
-bool VolumeGuard::LeavesOut(const std::string& folder, const char* descriptor) {
-    char target[kBareVolume.size() + 1];
-    const ssize_t length = readlink((folder + descriptor).c_str(), target, sizeof(target));
-    if (length < 0 || std::string_view(target, static_cast<size_t>(length)) != kBareVolume) {
-        return false;
+std::string VolumeGuard::Notice() const {
+    if (pids_.empty()) {
+        return {};
     }
-    const std::string_view pid = PidOf(folder);
-    if (std::find(pids_.begin(), pids_.end(), pid) == pids_.end()) {
-        pids_.emplace_back(pid);
-    }
-    return true;
+    // Whoever starts processes decides how many there are.
+    constexpr size_t kShown = 10;
+    const auto end = std::next(pids_.begin(), static_cast<long>(std::min(pids_.size(), kShown)));
+    return fmt::format(
+        "left out an object named \"/volume\", which is in no volume; held open by: {}{}",
+        fmt::join(pids_.begin(), end, ", "),
+        pids_.size() > kShown ? fmt::format(" and {} more", pids_.size() - kShown) : "");
 }
 
+bool VolumeGuard::KeepsBack(std::string_view link, std::string_view target) {
+    if (target != "/volume") {
+        return false;
+    }
+    const std::optional<int> pid = PidOf(link);
+    if (pid) {
+        pids_.insert(*pid);
+    }
+    return pid.has_value();
+}
+
+namespace {
+
+ssize_t GuardedReadlink(const char* link, char* buffer, size_t size) {
+    const ssize_t length = readlinkat(AT_FDCWD, link, buffer, size);
+    if (guard == nullptr || length < 0 ||
+        !guard->KeepsBack(link, {buffer, static_cast<size_t>(length)})) {
+        return length;
+    }
+    // Readers may count on a buffer that a failure leaves as it was, which is mostly zero.
+    std::memset(buffer, 0, static_cast<size_t>(length));
+    errno = ENOENT;
+    return -1;
+}
+
+}  // namespace
 }  // namespace cli
 
 // The dynamic linker finds this one first: it is the program's.
-extern "C" __attribute__((visibility("default"))) int KLIBCFileEnumDir(const char* path,
-                                                                       const char* pattern,
-                                                                       KLIBC_SZLIST** list,
-                                                                       int options) {
-    const bool guarded = cli::guard != nullptr && !cli::PidOf(path).empty();
-    return guarded ? cli::GuardedEnumDir(path, pattern, list, options)
-                   : cli::NextEnumDir(path, pattern, list, options);
+extern "C" __attribute__((visibility("default"))) ssize_t readlink(const char* link, char* buffer,
+                                                                   size_t size) noexcept {
+    return cli::GuardedReadlink(link, buffer, size);
 }

@@ -7,16 +7,18 @@
  *
  * The library throws at such a target of a descriptor, and anyone who may make a user namespace
  * can hold one: a folder of that name in a file system of their own. The command therefore stands
- * before the platform's KLIBCFileEnumDir. Only while a guard lives, which is after the library
- * has thrown, such descriptors are left out of what it lists of /proc/<pid>/fd/.
+ * before the C library's readlink. While a guard lives, a link /proc/<pid>/fd/<n> whose target is
+ * "/volume" reads like one that was closed meanwhile. It is the library's own read that is judged,
+ * so nobody can be quicker.
  */
 
+#include <set>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace cli {
 
-/** One at a time. */
+/** One at a time, in a program with one thread. */
 class VolumeGuard {
 public:
     VolumeGuard();
@@ -24,14 +26,14 @@ public:
     VolumeGuard(const VolumeGuard&) = delete;
     VolumeGuard& operator=(const VolumeGuard&) = delete;
 
-    /** Pids of the processes that had such a descriptor left out, each once. */
-    const std::vector<std::string>& Pids() const { return pids_; }
+    /** What the user should know; empty when nothing was kept from the library. */
+    std::string Notice() const;
 
-    /** Whether a descriptor is to be left out; notes its process. */
-    bool LeavesOut(const std::string& folder, const char* descriptor);
+    /** Whether a link that was read is to be kept from its reader; notes its process. */
+    bool KeepsBack(std::string_view link, std::string_view target);
 
 private:
-    std::vector<std::string> pids_;
+    std::set<int> pids_;
 };
 
 }  // namespace cli

@@ -6,7 +6,9 @@ Becomes the user nobody, plays the trick, says "ready" and waits until standard 
 """
 
 import ctypes
+import itertools
 import os
+import random
 import socket
 import sys
 
@@ -62,17 +64,23 @@ def bare_volume(_):
     hold_in_own_root("/volume", folder=True)
 
 
-def restless_volume(_):
-    """Opens and closes it all the time, from the moment it is ready."""
+def restless_volume(count):
+    """So many descriptors, each "/volume" or something else by chance, all the time."""
     enter_user_namespace()
     hold_in_own_root("/volume", folder=True)
     other = os.open("/dev/null", os.O_RDONLY)
-    if os.fork() == 0:
-        number = os.dup(other)
-        while os.getppid() != 1:
-            os.dup2(held[0], number)
-            os.dup2(other, number)
-        os._exit(0)
+    numbers = [os.dup(other) for _ in range(int(count))]
+    # Not one after the other: a reader in step with that would always see the same.
+    sources = itertools.cycle(random.choices([held[0], other], k=4099))
+    back, front = os.pipe()
+    for _ in range(4):
+        if os.fork() == 0:
+            os.write(front, b".")
+            while os.getppid() != 1:
+                for number, source in zip(numbers, sources):
+                    os.dup2(source, number)
+            os._exit(0)
+        os.read(back, 1)
 
 
 def own_volume2(_):
