@@ -2,7 +2,8 @@
 
     hostile.py TRICK [ARGUMENT]
 
-Becomes the user nobody, plays the trick, says "ready" and waits until standard input ends.
+Has logged in as VORN_LOGIN_UID, where that is set, and becomes the user nobody, plays the trick,
+says "ready" and waits until standard input ends.
 """
 
 import ctypes
@@ -119,16 +120,45 @@ def serve(_):
     hold("/volume1/photo/served", os.O_CREAT | os.O_RDWR)
 
 
-def serve_with_session(_):
-    """The same with what looks like the shell of a session."""
-    serve(None)
+def hold_in_child(path, closed=()):
     back, front = os.pipe()
     if os.fork() == 0:
         os.setsid()
-        hold("/volume1/photo/session", os.O_CREAT | os.O_RDWR)
+        for inherited in closed:
+            inherited.close()
+        hold(path, os.O_CREAT | os.O_RDWR)
         os.write(front, b".")
         os.read(0, 1)
         os._exit(0)
+    os.read(back, 1)
+
+
+def serve_in_two_halves(_):
+    """The same with a child that holds the connection too, as one half of an SSH server does."""
+    serve(None)
+    hold_in_child("/volume1/photo/half")
+
+
+def serve_with_session(_):
+    """The same with what looks like the shell of a session."""
+    serve(None)
+    hold_in_child("/volume1/photo/session", closed=held[:3])
+
+
+def serve_apart(_):
+    """The same without the parent that it shares the session with, beside another process of it."""
+    hold_in_child("/volume1/photo/beside")
+    back, front = os.pipe()
+    if os.fork() == 0:
+        if os.fork() == 0:
+            os.setsid()
+            while os.getppid() != 1:
+                pass
+            serve(None)
+            os.write(front, b".")
+            os.read(0, 1)
+        os._exit(0)
+    os.wait()
     os.read(back, 1)
 
 
@@ -148,6 +178,8 @@ def deep_path(_):
 
 
 def main():
+    if "VORN_LOGIN_UID" in os.environ:
+        write("/proc/self/loginuid", os.environ["VORN_LOGIN_UID"])
     os.setgroups([])
     os.setresgid(NOBODY, NOBODY, NOBODY)
     os.setresuid(NOBODY, NOBODY, NOBODY)

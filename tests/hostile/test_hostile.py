@@ -17,10 +17,13 @@ REAL = "/volume1/photo/real"
 class Hostile:
     """The user nobody at a trick of hostile.py."""
 
-    def __init__(self, trick, *arguments, executable=sys.executable):
+    def __init__(self, trick, *arguments, executable=sys.executable, login=None):
+        environment = dict(os.environ)
+        if login is not None:
+            environment["VORN_LOGIN_UID"] = str(login)
         self._process = subprocess.Popen(
             [executable, os.path.abspath("hostile.py"), trick, *arguments],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment)
         self.pid = str(self._process.pid)
 
     def __enter__(self):
@@ -140,15 +143,31 @@ class HostileUser(unittest.TestCase):
                     self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
                                      [(hostile.pid, user, host)])
 
-    def test_a_false_sshd_with_a_session_speaks_for_its_own_user_only(self):
+    def list_false_sshd(self, trick, login):
+        """(path, user, host) of what a program of the user nobody named sshd holds."""
         with tempfile.TemporaryDirectory() as folder:
             os.chmod(folder, 0o755)
             program = shutil.copy(os.path.realpath(sys.executable), os.path.join(folder, "sshd"))
-            with Hostile("serve_with_session", executable=program):
-                files, _ = self.listed()
-                self.assertGreaterEqual(len(files), 2)
-                for file in files:
-                    self.assertIn((file["user"], file["host"]), [("-", "-"), ("nobody", "127.0.0.77")])
+            with Hostile(trick, executable=program, login=login):
+                return sorted((os.path.basename(file["full_path"]), file["user"], file["host"])
+                              for file in self.listed()[0])
+
+    def test_a_false_sshd_speaks_for_no_login(self):
+        # Whoever has logged in, the user is that of the process or unknown.
+        nobody = ("nobody", "127.0.0.77")
+        unknown = ("-", "-")
+        logins = [None]
+        if os.path.exists("/proc/self/loginuid"):
+            logins += [0, 1, 65534]
+        for trick, expected in (
+                ("serve_in_two_halves",
+                 [("half", *unknown), ("served", *unknown), ("served", *unknown)]),
+                ("serve_with_session",
+                 [("served", *unknown), ("served", *nobody), ("session", *unknown)]),
+                ("serve_apart", [("beside", *unknown), ("served", *unknown)])):
+            for login in logins:
+                with self.subTest(trick, login=login):
+                    self.assertEqual(self.list_false_sshd(trick, login), expected)
 
     # Files that are not what they were
 

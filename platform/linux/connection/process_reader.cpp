@@ -49,8 +49,8 @@ std::optional<ProcessStat> ReadProcessStat(pid_t pid) {
     return stat;
 }
 
-std::optional<uid_t> ReadEffectiveUid(pid_t pid) {
-    return ParseEffectiveUid(ReadText(pid, "status"));
+std::optional<ProcessUsers> ReadProcessUsers(pid_t pid) {
+    return ParseProcessUsers(ReadText(pid, "status"));
 }
 
 std::optional<std::uint32_t> ReadLoginUid(pid_t pid) {

@@ -25,7 +25,7 @@ std::vector<pid_t> ListProcesses();
 std::optional<ProcessStat> ReadProcessStat(pid_t pid);
 
 /** /proc/<pid>/status */
-std::optional<uid_t> ReadEffectiveUid(pid_t pid);
+std::optional<ProcessUsers> ReadProcessUsers(pid_t pid);
 
 /** /proc/<pid>/loginuid: who logged in, whatever the process has become since. */
 std::optional<std::uint32_t> ReadLoginUid(pid_t pid);

@@ -59,14 +59,19 @@ std::optional<ProcessStat> ParseProcessStat(std::string_view text) {
 }
 
 // Uid:\t0\t5001\t0\t5001 (real, effective, saved, file system)
-std::optional<uid_t> ParseEffectiveUid(std::string_view text) {
+std::optional<ProcessUsers> ParseProcessUsers(std::string_view text) {
     // The name comes first, but the kernel escapes newlines in it, so it cannot fake a line.
     constexpr std::string_view kHead = "\nUid:\t";
     const std::size_t head = text.find(kHead);
     if (head == std::string_view::npos)
         return std::nullopt;
     text.remove_prefix(head + kHead.size());
-    return ParseWhole<uid_t>(Field(text.substr(0, text.find('\n')), 1, '\t'));
+    text = text.substr(0, text.find('\n'));
+    const auto real = ParseWhole<uid_t>(Field(text, 0, '\t'));
+    const auto effective = ParseWhole<uid_t>(Field(text, 1, '\t'));
+    if (!real || !effective)
+        return std::nullopt;
+    return ProcessUsers{*real, *effective};
 }
 
 std::optional<std::uint32_t> ParseAuditId(std::string_view text) {

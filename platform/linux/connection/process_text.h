@@ -21,8 +21,14 @@ struct ProcessStat {
  */
 std::optional<ProcessStat> ParseProcessStat(std::string_view text);
 
-/** Reads the effective user id from the text of /proc/<pid>/status. */
-std::optional<uid_t> ParseEffectiveUid(std::string_view text);
+/** The users that a process runs as. */
+struct ProcessUsers {
+    uid_t real = 0;
+    uid_t effective = 0;
+};
+
+/** Reads the user ids from the text of /proc/<pid>/status. */
+std::optional<ProcessUsers> ParseProcessUsers(std::string_view text);
 
 /**
  * Reads the text of /proc/<pid>/loginuid or /proc/<pid>/sessionid.

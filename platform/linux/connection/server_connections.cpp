@@ -27,8 +27,9 @@ std::vector<std::string> UsersOf(const SocketHolder& holder, const SmbUsers& smb
         const auto users = smbUsers.find(holder.pid);
         return users != smbUsers.end() ? users->second : std::vector<std::string>{kUnknownUser};
     }
-    const auto uid = ReadEffectiveUid(holder.pid);
-    return uid ? std::vector<std::string>{names.NameOf(*uid)} : std::vector<std::string>();
+    const auto users = ReadProcessUsers(holder.pid);
+    return users ? std::vector<std::string>{names.NameOf(users->effective)}
+                 : std::vector<std::string>();
 }
 
 }  // namespace

@@ -24,15 +24,12 @@ const SshProcess& Monitor(const Processes& processes) {
     return top == processes.end() ? processes.front() : *top;
 }
 
-/**
- * A login gives the monitor a session of its own. One that its parent has as well is inherited: the
- * server was started by hand from somebody's login.
- */
-bool HasOwnSession(const SshProcess& monitor) {
-    return monitor.loginUid && monitor.session && monitor.session != monitor.parentSession;
-}
-
 }  // namespace
+
+bool HasOwnSession(const SshProcess& monitor) {
+    return monitor.realUid == 0 && monitor.loginUid && monitor.session &&
+           monitor.session != monitor.parentSession;
+}
 
 std::optional<SshLogin> JudgeSshConnection(const Processes& processes,
                                            std::optional<uid_t> separationUser) {

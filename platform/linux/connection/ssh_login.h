@@ -14,13 +14,22 @@ namespace vornplatform {
 struct SshProcess {
     pid_t pid = 0;
     pid_t parent = 0;
-    uid_t uid = 0;       /**< effective */
+    uid_t uid = 0; /**< effective */
+    uid_t realUid = 0;
     std::string program; /**< file name of the executable */
     std::optional<std::uint32_t> loginUid;
     std::optional<std::uint32_t> session;
     std::optional<std::uint32_t> parentSession;
     bool hasChildren = false;
 };
+
+/**
+ * Whether a login gave this monitor a session of its own. One that its parent has as well is
+ * inherited: the server was started by hand from somebody's login. So is one that an ordinary user
+ * brought along, whatever the program calls itself: whoever gives sessions away is root, before and
+ * after, and can turn into others only as the effective user.
+ */
+bool HasOwnSession(const SshProcess& monitor);
 
 /** An authenticated SSH connection. */
 struct SshLogin {

@@ -32,13 +32,14 @@ struct Client {
 
 std::optional<SshProcess> ReadSshProcess(const SocketHolder& holder) {
     const auto stat = ReadProcessStat(holder.pid);
-    const auto uid = ReadEffectiveUid(holder.pid);
-    if (!stat || !uid)
+    const auto users = ReadProcessUsers(holder.pid);
+    if (!stat || !users)
         return std::nullopt;
     SshProcess process;
     process.pid = holder.pid;
     process.parent = stat->parent;
-    process.uid = *uid;
+    process.uid = users->effective;
+    process.realUid = users->real;
     process.program = holder.program;
     process.session = ReadSessionId(holder.pid);
     if (process.session) {
@@ -46,7 +47,7 @@ std::optional<SshProcess> ReadSshProcess(const SocketHolder& holder) {
         process.parentSession = ReadSessionId(stat->parent);
     }
     // Tells only of a login that has no session of its own.
-    if (process.session == process.parentSession)
+    if (!HasOwnSession(process))
         process.hasChildren = HasChildren(holder.pid);
     return process;
 }

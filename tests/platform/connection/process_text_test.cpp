@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -45,23 +46,30 @@ TEST(ProcessStat, RefusesTextOfAnotherForm) {
         EXPECT_FALSE(ParseProcessStat(row)) << row;
 }
 
-TEST(ProcessStatus, GivesTheEffectiveUser) {
+TEST(ProcessStatus, GivesTheRealAndTheEffectiveUser) {
     const struct {
         std::string text;
-        std::optional<uid_t> uid;
+        std::optional<std::pair<uid_t, uid_t>> realAndEffective;
     } rows[] = {
-        {"Name:\tsmbd\nUmask:\t0022\nUid:\t0\t5001\t0\t5002\nGid:\t0\t0\t0\t0\n", 5001},
-        {"Name:\tx\nUid:\t0\t4294967294\t0\t0\n", 4294967294U},
-        {"Name:\tx\nUid:\t1\t2", 2},
-        {"Name:\tUid:\t1\t2\nUid:\t3\t4\t5\t6\n", 4},
+        {"Name:\tsmbd\nUmask:\t0022\nUid:\t0\t5001\t0\t5002\nGid:\t0\t0\t0\t0\n", {{0, 5001}}},
+        {"Name:\tx\nUid:\t0\t4294967294\t0\t0\n", {{0, 4294967294U}}},
+        {"Name:\tx\nUid:\t1\t2", {{1, 2}}},
+        {"Name:\tUid:\t1\t2\nUid:\t3\t4\t5\t6\n", {{3, 4}}},
         {"Name:\tx\nUid:\t1\nGid:\t8\t9\t9\t9\n", std::nullopt},
         {"Name:\tx\nUid:\t1\t\t1\t1\n", std::nullopt},
         {"Name:\tx\nUid:\t1\t-2\t1\t1\n", std::nullopt},
+        {"Name:\tx\nUid:\t-1\t1\t1\t1\n", std::nullopt},
         {"Name:\tx\nGid:\t8\t9\t9\t9\n", std::nullopt},
         {"", std::nullopt},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(ParseEffectiveUid(row.text), row.uid) << row.text;
+    for (const auto& row : rows) {
+        const auto users = ParseProcessUsers(row.text);
+        ASSERT_EQ(users.has_value(), row.realAndEffective.has_value()) << row.text;
+        if (users) {
+            EXPECT_EQ(std::make_pair(users->real, users->effective), *row.realAndEffective)
+                << row.text;
+        }
+    }
 }
 
 TEST(AuditId, IsNothingWhereNoneIsSet) {

@@ -94,6 +94,25 @@ TEST(SshLogin, IsNotTheSessionThatTheServerWasStartedFrom) {
     ExpectLogin({monitor, LoggedIn(Half(kAlice), 5002, 11)}, 5002, 11);
 }
 
+TEST(SshLogin, IsNotTheSessionThatAnOrdinaryUserBroughtAlong) {
+    // As a user's own program named sshd looks that has left its login's processes.
+    SshProcess forged = LoggedIn(MonitorProcess(), kAlice, 4);
+    ExpectLogin({forged}, kAlice, 4);
+    forged.realUid = forged.uid = 65534;
+    ExpectNobody({forged});
+    forged.uid = 0;
+    ExpectNobody({forged});
+    forged.uid = forged.realUid;
+    forged.hasChildren = true;
+    ExpectLogin({forged}, 65534, std::nullopt);
+}
+
+TEST(SshLogin, KeepsItsSessionWhileTheMonitorActsAsTheUser) {
+    SshProcess monitor = LoggedIn(MonitorProcess(), kAlice, 4);
+    monitor.uid = kAlice;
+    ExpectLogin({monitor, LoggedIn(Half(kAlice), kAlice, 4)}, kAlice, 4);
+}
+
 TEST(SshLogin, NeedsNoSeparationUserOnTheHost) {
     const auto login = JudgeSshConnection({MonitorProcess(), Half(kAlice)}, std::nullopt);
     ASSERT_TRUE(login);
