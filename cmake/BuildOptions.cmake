@@ -17,13 +17,19 @@ if(VORN_COVERAGE)
     target_link_options(vorn_build_options INTERFACE --coverage)
 endif()
 
-# What dpkg-buildflags sets. Not part of the release preset: fortified calls go to __syslog_chk and
-# __readlink_chk, and programs that interpose syslog or readlink would no longer see the library's.
-# No "-z now" here: platform symbols of the library may be supplied lazily; the command adds it.
-if(VORN_HARDENING)
-    # -O2 comes with the build type; without optimisation _FORTIFY_SOURCE does nothing.
+# What dpkg-buildflags sets, in every build that is made to be installed.
+if(NOT VORN_SANITIZE AND NOT VORN_COVERAGE)
     target_compile_options(vorn_build_options INTERFACE
-        -fstack-protector-strong -Wformat -Werror=format-security
-        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+        -fstack-protector-strong -Werror=format-security)
+    # No "-z now" here: platform symbols of the library may be supplied lazily; the command adds it.
     target_link_options(vorn_build_options INTERFACE -Wl,-z,relro)
+endif()
+
+# vorn::fortified: the rest of it, for the stand-in and the command. The library goes without:
+# fortified calls go to __syslog_chk and __readlink_chk, and programs that interpose syslog or
+# readlink would no longer see the library's.
+add_library(vorn_fortified INTERFACE)
+add_library(vorn::fortified ALIAS vorn_fortified)
+if(NOT VORN_SANITIZE AND CMAKE_BUILD_TYPE MATCHES "^Rel")
+    target_compile_options(vorn_fortified INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
 endif()

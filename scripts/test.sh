@@ -13,7 +13,6 @@
 #   asan      unit, platform, faults and cli tests under AddressSanitizer and
 #             UndefinedBehaviorSanitizer
 #   tsan      what the stand-in remembers, under ThreadSanitizer
-#   hardened  Debian's hardening flags, as hardening-check finds them in what was built
 #   valgrind  unit tests under memcheck
 #   fuzz      every fuzz target for two seconds (fuzz/run.sh runs them for longer)
 #   coverage  lines of src/ that the unit tests reach (only when asked for)
@@ -75,13 +74,6 @@ phase_tsan() {
     quietly cmake --preset tsan
     quietly cmake --build --preset tsan --target vornplatform_threads
     quietly build/tsan/bin/vornplatform_threads
-}
-
-# The unit tests define readlink and syslog themselves, which fortified calls pass by.
-phase_hardened() {
-    quietly cmake --preset hardened -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
-    quietly cmake --build --preset hardened --target vornfilehandle vornplatform vorn-openfiles
-    quietly ctest --test-dir build/hardened --no-tests=error -R '^Package.BinariesAreHardened$'
 }
 
 phase_valgrind() {
@@ -178,7 +170,7 @@ for phase in "$@"; do
         exit 2
     fi
 done
-[[ $# -gt 0 ]] || set -- install shell format build test tidy cppcheck asan tsan hardened valgrind fuzz
+[[ $# -gt 0 ]] || set -- install shell format build test tidy cppcheck asan tsan valgrind fuzz
 
 counter=$(mktemp)
 trap 'rm -f "$counter"' EXIT
