@@ -14,6 +14,7 @@ endif()
 
 if(VORN_COVERAGE)
     target_compile_options(vorn_build_options INTERFACE --coverage -fprofile-update=atomic)
+    target_compile_definitions(vorn_build_options INTERFACE VORN_COVERAGE)
     target_link_options(vorn_build_options INTERFACE --coverage)
 endif()
 

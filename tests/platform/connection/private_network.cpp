@@ -14,6 +14,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "support/end_child.h"
+
 using vornplatform::Fd;
 
 namespace {
@@ -55,8 +57,7 @@ bool RaiseLoopback() {
     EXPECT_TRUE(RaiseLoopback());
     if (!testing::Test::HasFailure())
         body();
-    std::fflush(nullptr);
-    _exit(testing::Test::HasFailure() ? kFailed : 0);
+    EndChild(testing::Test::HasFailure() ? kFailed : 0);
 }
 
 }  // namespace

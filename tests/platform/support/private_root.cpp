@@ -11,6 +11,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "support/end_child.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -50,8 +52,7 @@ void BuildRoot(const std::string& root) {
         fprintf(stderr, "%s\n", exception.what());
         _exit(3);
     }
-    fflush(nullptr);
-    _exit(testing::Test::HasFailure() ? 1 : 0);
+    EndChild(testing::Test::HasFailure() ? 1 : 0);
 }
 
 }  // namespace
