@@ -35,8 +35,11 @@ public:
                 AddSource();
                 AddValue("--output", [this](const auto& text) { options_.outputFile = text; });
                 break;
-            case Command::kServices:
             case Command::kCheck:
+                AddTimeout();
+                AddJsonFlag();
+                break;
+            case Command::kServices:
                 AddJsonFlag();
                 break;
         }
@@ -94,6 +97,10 @@ private:
 
     void AddSource() {
         AddValue("--by", [this](const auto& text) { options_.by = ParseBy(text); });
+        AddTimeout();
+    }
+
+    void AddTimeout() {
         AddValue("--timeout", [this](const auto& text) {
             options_.timeoutSeconds = ParseSeconds("--timeout", text);
         });

@@ -48,10 +48,15 @@ void AppendPlain(std::string& out, const std::vector<Finding>& findings, bool ut
     }
 }
 
+std::vector<Finding> Examine(Gate& gate) {
+    const Gate::Inside inside(gate);
+    return ExamineHost();
+}
+
 }  // namespace
 
-int CheckCommand(const Options& options) {
-    const std::vector<Finding> findings = ExamineHost();
+int CheckCommand(const Options& options, Gate& gate) {
+    const std::vector<Finding> findings = Examine(gate);
     const bool ready = std::none_of(findings.begin(), findings.end(), [](const Finding& finding) {
         return finding.state == State::kMissing;
     });

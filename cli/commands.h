@@ -18,7 +18,7 @@ int ListCommand(const Options& options, Gate& gate);
 int WatchCommand(const Options& options, Gate& gate);
 int ServicesCommand(const Options& options);
 /** kNothingFound when something is missing that a full answer takes. */
-int CheckCommand(const Options& options);
+int CheckCommand(const Options& options, Gate& gate);
 int MetricsCommand(const Options& options, Gate& gate);
 
 }  // namespace cli

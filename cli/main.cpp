@@ -36,7 +36,7 @@ int Run(const cli::Options& options, cli::Gate& gate) {
         case cli::Command::kServices:
             return cli::ServicesCommand(options);
         case cli::Command::kCheck:
-            return cli::CheckCommand(options);
+            return cli::CheckCommand(options, gate);
         case cli::Command::kMetrics:
             return cli::MetricsCommand(options, gate);
     }
@@ -73,10 +73,10 @@ int main(int argc, char** argv) {
     // A reader that goes away ends the output, not the program.
     std::signal(SIGPIPE, SIG_IGN);
     return Guarded([&] {
-        if (cli::RunsWithLentIdentity()) {
+        if (cli::RunsWithLentRights()) {
             throw cli::Failure(
-                "refuses to run set-user-id or set-group-id: everyone could see everyone's "
-                "files; remove the bit and use sudo");
+                "refuses to run with rights that its file lends (set-user-id, set-group-id, "
+                "capabilities): everyone could see everyone's files; take them off and use sudo");
         }
         return RunCommandLine({argv + 1, argv + argc});
     });

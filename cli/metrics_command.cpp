@@ -80,6 +80,9 @@ int MetricsCommand(const Options& options, Gate& gate) {
     Snapshot snapshot = TakeSnapshot(options, gate);
     const std::chrono::duration<double> taken = Clock::now() - begin;
     const std::string text = MetricsText(snapshot, options, taken.count());
+    if (!snapshot.notice.empty()) {
+        Complain(snapshot.notice);
+    }
     if (!options.outputFile.empty()) {
         ReplaceFile(options.outputFile, text);
         return kFound;

@@ -1,6 +1,8 @@
 #include "rights.h"
 
 #include <linux/capability.h>
+#include <sys/auxv.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -41,7 +43,9 @@ std::string MissingRights(const Rights& rights) {
            "be missing";
 }
 
-bool RunsWithLentIdentity() {
+namespace {
+
+bool HasLentIdentity() {
     uid_t user = 0;
     uid_t effectiveUser = 0;
     uid_t savedUser = 0;
@@ -52,6 +56,18 @@ bool RunsWithLentIdentity() {
     getresgid(&group, &effectiveGroup, &savedGroup);
     return user != effectiveUser || user != savedUser || group != effectiveGroup ||
            group != savedGroup;
+}
+
+/** AT_SECURE alone won't do: it also tells that a security module has changed the domain. */
+bool HasLentCapabilities() {
+    return getauxval(AT_SECURE) != 0 &&
+           getxattr("/proc/self/exe", "security.capability", nullptr, 0) > 0;
+}
+
+}  // namespace
+
+bool RunsWithLentRights() {
+    return HasLentIdentity() || HasLentCapabilities();
 }
 
 }  // namespace cli

@@ -28,8 +28,11 @@ Rights OwnRights();
 /** Why processes stay unseen, in one sentence; empty when none do. */
 std::string MissingRights(const Rights& rights);
 
-/** Whether another user's rights were lent to this process (set-user-id or set-group-id). */
-bool RunsWithLentIdentity();
+/**
+ * Whether this program's file lends rights to whoever starts it: set-user-id, set-group-id or file
+ * capabilities. Those that a caller has and passes on, ambient ones among them, are the caller's.
+ */
+bool RunsWithLentRights();
 
 }  // namespace cli
 

@@ -4,7 +4,8 @@ namespace cli {
 
 std::string_view HelpText() {
     return R"(Usage: vorn-openfiles [list] [OPTION...] [--] [PATH...]
-       vorn-openfiles services|check [--json]
+       vorn-openfiles services [--json]
+       vorn-openfiles check [--json] [--timeout N]
        vorn-openfiles metrics [--by share|volume] [--output FILE] [--timeout N]
 
 Lists the files that processes hold open on the data volumes: by which service,

@@ -84,8 +84,9 @@ void Screen::Draw(Snapshot& snapshot, const Changes& changes, const Options& opt
         return !changes.first && changes.fresh.count(&file) != 0;
     });
     const std::string status = fmt::format(
-        "{:%H:%M:%S}  {} open, {} new, {} closed  (every {} s)", fmt::localtime(std::time(nullptr)),
-        snapshot.files.size(), fresh, changes.closed.size(), *options.watchSeconds);
+        "{:%H:%M:%S}  {} open, {} new, {} closed  (every {} s){}{}",
+        fmt::localtime(std::time(nullptr)), snapshot.files.size(), fresh, changes.closed.size(),
+        *options.watchSeconds, snapshot.notice.empty() ? "" : "  ", snapshot.notice);
     std::string& text = output_.Text();
     text += "\x1B[H";
     text += Shortened(status, terminal.width, terminal.utf8);

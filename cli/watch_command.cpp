@@ -4,6 +4,7 @@
 #include <chrono>
 #include <csignal>
 #include <memory>
+#include <string>
 
 #include "commands.h"
 #include "output.h"
@@ -41,7 +42,11 @@ Wake WaitUntil(Clock::time_point next, const Signals& signals) {
     }
 }
 
-void WarnOnce(const Snapshot& snapshot, const Options& options) {
+/** Of the first look; what is the same at every look is said once. */
+void Warn(const Snapshot& snapshot, const Options& options) {
+    if (!snapshot.notice.empty()) {
+        Complain(snapshot.notice);
+    }
     if (snapshot.incompleteReason.empty()) {
         return;
     }
@@ -49,6 +54,14 @@ void WarnOnce(const Snapshot& snapshot, const Options& options) {
         throw Failure("incomplete: " + snapshot.incompleteReason);
     }
     Complain("incomplete: " + snapshot.incompleteReason);
+}
+
+/** A screen shows its notice itself. */
+void ComplainOfNews(const std::string& notice, std::string& said) {
+    if (!notice.empty() && notice != said) {
+        Complain(notice);
+        said = notice;
+    }
 }
 
 }  // namespace
@@ -64,7 +77,8 @@ int WatchCommand(const Options& options, Gate& gate) {
     Output output(STDOUT_FILENO);
     Watch watch;
     Snapshot snapshot = TakeSnapshot(options, gate);
-    WarnOnce(snapshot, options);
+    Warn(snapshot, options);
+    std::string said = snapshot.notice;
     const auto screen = onScreen ? std::make_unique<Screen>(output) : nullptr;
     bool everFound = false;
     for (;;) {
@@ -74,6 +88,7 @@ int WatchCommand(const Options& options, Gate& gate) {
         Wake wake = Wake::kResize;
         if (!onScreen) {
             AppendEvents(output, changes, options);
+            ComplainOfNews(snapshot.notice, said);
         }
         while (wake == Wake::kResize && !output.IsClosed()) {
             if (onScreen) {

@@ -43,7 +43,8 @@ _vorn_openfiles() {
     if [[ $cur == -* ]]; then
         local options='--help --version -h'
         case $command in
-            services | check) options+=' --json' ;;
+            services) options+=' --json' ;;
+            check) options+=' --json --timeout' ;;
             metrics) options+=' --by --timeout --output' ;;
             *) options+=' --by --timeout --time --where --match --not-where --not-match --hidden --folders
                 --deleted --sort --reverse --limit --format --json --print0 --pids --columns --no-header

@@ -16,7 +16,7 @@ complete -c vorn-openfiles -n '__fish_is_first_token' -a 'list services check me
 complete -c vorn-openfiles -s h -l help -d 'Show help'
 complete -c vorn-openfiles -l version -d 'Show the version'
 complete -c vorn-openfiles -n $source -l by -x -a 'share volume' -d 'Files under shares or anywhere on volumes'
-complete -c vorn-openfiles -n $source -l timeout -x -d 'Give up after so many seconds'
+complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from services' -l timeout -x -d 'Give up after so many seconds'
 complete -c vorn-openfiles -n '__fish_seen_subcommand_from metrics' -l output -r -F -d 'Replace this file'
 complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from metrics' -l json -d 'As JSON'
 complete -c vorn-openfiles -n $list -l time -d 'Add last access times'

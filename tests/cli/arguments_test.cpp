@@ -26,6 +26,7 @@ TEST(Arguments, MeanWhatTheySay) {
         {{"list"}, [](const Options& o) { return o.command == cli::Command::kList; }},
         {{"services"}, [](const Options& o) { return o.command == cli::Command::kServices; }},
         {{"check", "--json"}, [](const Options& o) { return o.format == Format::kJson; }},
+        {{"check", "--timeout", "0.5"}, [](const Options& o) { return o.timeoutSeconds == 0.5; }},
         {{"--by", "volume"}, [](const Options& o) { return o.by == 1; }},
         {{"--by=volume"}, [](const Options& o) { return o.by == 1; }},
         {{"--sort", "pid", "--reverse"},

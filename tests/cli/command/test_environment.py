@@ -2,12 +2,15 @@
 
 import json
 import os
+import struct
 import subprocess
 import unittest
 
 from support import COMMAND, Holder, run, touch
 
 A = b"/volume1/photo/a.jpg"
+CAP_DAC_READ_SEARCH, CAP_SYS_PTRACE = 1 << 2, 1 << 19
+VFS_CAP_EFFECTIVE, VFS_CAP_REVISION_2 = 0x1, 0x02000000
 
 
 def unmount_volumes():
@@ -110,13 +113,31 @@ class Environment(unittest.TestCase):
         self.assertIs(json.loads(result.stdout)["complete"], False)
 
     def test_lent_identity_is_refused(self):
+        for mode in (0o6755, 0o4755, 0o2755):
+            with self.subTest(oct(mode)):
+                self.refuses_lent_rights(lambda copy: os.chmod(copy, mode))
+
+    def test_lent_capabilities_are_refused(self):
+        for capabilities in (CAP_SYS_PTRACE | CAP_DAC_READ_SEARCH, CAP_DAC_READ_SEARCH):
+            attribute = struct.pack("<5I", VFS_CAP_REVISION_2 | VFS_CAP_EFFECTIVE, capabilities, 0, 0, 0)
+            self.refuses_lent_rights(lambda copy: os.setxattr(copy, "security.capability", attribute))
+
+    def refuses_lent_rights(self, lend):
         copy = "/tmp/vorn-openfiles"
-        subprocess.run(["cp", COMMAND, copy], check=True)
-        os.chmod(copy, 0o6755)
-        result = subprocess.run(["setpriv", "--reuid", "65534", "--regid", "65534", "--clear-groups", copy],
-                                capture_output=True, check=False, timeout=60)
+        subprocess.run(["cp", "--remove-destination", COMMAND, copy], check=True)
+        as_nobody = ["setpriv", "--reuid", "65534", "--regid", "65534", "--clear-groups", copy]
+        self.assertEqual(subprocess.run(as_nobody, capture_output=True, check=False, timeout=60).returncode, 1)
+        lend(copy)
+        result = subprocess.run(as_nobody, capture_output=True, check=False, timeout=60)
         self.assertEqual((result.returncode, result.stdout), (2, b""))
-        self.assertIn(b"refuses to run set-user-id", result.stderr)
+        self.assertIn(b"refuses to run with rights that its file lends", result.stderr)
+        # To root, whose file it is, it lends nothing.
+        self.assertEqual(subprocess.run([copy, "--version"], capture_output=True, check=False).returncode, 0)
+
+    def test_capabilities_that_the_caller_has_are_used(self):
+        prefix = ["setpriv", "--reuid", "65534", "--regid", "65534", "--clear-groups",
+                  "--inh-caps=-all,+sys_ptrace,+dac_read_search", "--ambient-caps=-all,+sys_ptrace,+dac_read_search"]
+        self.assertIs(json.loads(run_under(prefix, "--json").stdout)["complete"], True)
 
     def test_no_volumes(self):
         for arguments in ([], ["--by", "volume", "--json"]):
@@ -146,10 +167,39 @@ class Environment(unittest.TestCase):
         usual = run("--format", "csv")
         with Holder([b"/volume"]) as holder:
             result = run("--format", "csv")
+            metrics = run("metrics")
+            watch = self.said_by_a_watch()
         os.unlink("/volume")
-        self.assertEqual((result.returncode, result.stdout), (0, usual.stdout))
-        self.assertEqual(result.stderr.decode(), 'vorn-openfiles: left out an object named "/volume", which is in no '
-                                                 f"volume; held open by: {holder.pid}\n")
+        notice = ('vorn-openfiles: left out an object named "/volume", which is in no '
+                  f"volume; held open by: {holder.pid}\n").encode()
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, usual.stdout, notice))
+        self.assertEqual((metrics.returncode, metrics.stderr), (0, notice))
+        # Said at the first look, though there were more.
+        self.assertEqual(watch, notice)
+
+    def test_object_named_like_no_volume_that_comes_while_one_watches(self):
+        touch(b"/volume")
+        watch = self.start_watch()
+        watch.stdout.readline()
+        with Holder([b"/volume"]) as holder:
+            said = watch.stderr.readline()
+        os.unlink("/volume")
+        watch.terminate()
+        self.assertEqual((watch.communicate(timeout=60)[1], watch.returncode), (b"", 0))
+        self.assertIn(f"held open by: {holder.pid}\n".encode(), said)
+
+    def start_watch(self):
+        return subprocess.Popen([COMMAND, "--watch", "0.1", "--format", "jsonl"],
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def said_by_a_watch(self):
+        """What was said until a file that was opened after the first look is seen."""
+        watch = self.start_watch()
+        watch.stdout.readline()
+        with Holder([touch(b"/volume1/photo/later")]):
+            self.assertTrue(any(b"later" in line for line in iter(watch.stdout.readline, b"")))
+        watch.terminate()
+        return watch.communicate(timeout=60)[1]
 
     def test_deleted_file_keeps_its_place_with_times(self):
         gone = touch(b"/volume1/photo/gone")

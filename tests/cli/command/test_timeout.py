@@ -25,7 +25,7 @@ class AnswerInTime(unittest.TestCase):
         with Holder([touch(b"/volume1/photo/a.jpg")]):
             limited, usual = run("--json", "--timeout", "60"), run("--json")
             self.assertEqual((limited.returncode, limited.stdout), (0, usual.stdout))
-        for arguments in (["/etc"], ["--strict", "/volume2"], ["metrics"]):
+        for arguments in (["/etc"], ["--strict", "/volume2"], ["metrics"], ["check"]):
             self.assertEqual(run(*arguments, "--timeout", "60").returncode, run(*arguments).returncode)
 
 
@@ -52,7 +52,8 @@ class DeadVolume(unittest.TestCase):
 
     def test_is_named_in_time(self):
         self.volume.die()
-        for arguments in ([], ["--by", "volume", "--json"], ["--count-by", "user"], ["-q", FILE], ["metrics"]):
+        for arguments in ([], ["--by", "volume", "--json"], ["--count-by", "user"], ["-q", FILE], ["metrics"],
+                          ["check"]):
             begin = time.monotonic()
             result = run(*arguments, "--timeout", "0.5", timeout=PATIENCE)
             self.assertGreaterEqual(time.monotonic() - begin, 0.5)
