@@ -58,7 +58,7 @@ void WatchSambaConfig(FileWatch& watch) {
     for (size_t i = 0; i < files.size() && i < kMaxIncludes; ++i) {
         watch.Add(files[i]);
         std::string text;
-        if (ReadTextFile(files[i].c_str(), text) != 0)
+        if (ReadTextFileOrThrow(files[i].c_str(), text) != 0)
             continue;
         for (std::string& included : IncludedFiles(text)) {
             if (std::find(files.begin(), files.end(), included) == files.end())
@@ -91,7 +91,7 @@ void ReadUsershares(const std::string& folder, ExportedShares& result) {
         const std::string path = folder + "/" + name;
         result.watch.Add(path);
         std::string text;
-        if (ReadTextFile(path.c_str(), text) != 0)
+        if (ReadTextFileOrThrow(path.c_str(), text) != 0)
             continue;
         if (auto share = ParseUsershare(name, text))
             result.shares.push_back(std::move(*share));
@@ -116,7 +116,7 @@ void ReadExportsFile(const std::string& path, std::unordered_set<std::string>& s
                      ExportedShares& result) {
     result.watch.Add(path);
     std::string text;
-    const int error = ReadTextFile(path.c_str(), text);
+    const int error = ReadTextFileOrThrow(path.c_str(), text);
     if (error != 0 && error != KLIBC_ERR_NOT_FOUND)
         NoteFailure(result, __LINE__, "Failed to read " + Escape(path));
     if (error != 0)

@@ -44,7 +44,7 @@ std::vector<std::string> ParseHiddenList(std::string_view text) {
 
 int ReadHiddenNames(std::vector<std::string>& names) {
     std::string text;
-    const int error = ReadTextFile(kHiddenListPath, text);
+    const int error = ReadTextFileOrThrow(kHiddenListPath, text);
     if (error == KLIBC_ERR_NOT_FOUND)
         names.assign(std::begin(kBuiltIn), std::end(kBuiltIn));
     else if (error == 0)

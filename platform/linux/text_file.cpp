@@ -8,6 +8,7 @@
 
 #include "support/fault.h"
 #include "support/fd.h"
+#include "support/shortage.h"
 
 namespace vornplatform {
 namespace {
@@ -50,6 +51,13 @@ int ReadTextFile(const char* path, std::string& text) {
         return error;
     }
     return text.find('\0') == std::string::npos ? 0 : KLIBC_ERR_BAD_PARAM;
+}
+
+int ReadTextFileOrThrow(const char* path, std::string& text) {
+    const int error = ReadTextFile(path, text);
+    if (error == KLIBC_ERR_RESOURCE)
+        ThrowOnShortage(errno);
+    return error;
 }
 
 }  // namespace vornplatform

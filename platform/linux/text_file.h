@@ -23,6 +23,9 @@ constexpr std::size_t kTextFileLimit = std::size_t{1} << 20;
  */
 int ReadTextFile(const char* path, std::string& text);
 
+/** The same, but std::bad_alloc when memory or descriptors are short. */
+int ReadTextFileOrThrow(const char* path, std::string& text);
+
 }  // namespace vornplatform
 
 #endif

@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
-#include <new>
+
+#include "support/shortage.h"
 
 namespace vornplatform {
 namespace {
@@ -43,10 +44,10 @@ std::vector<std::string> SelectVolumes(FILE* table) {
 
 int ReadVolumes(std::vector<std::string>& volumes) {
     const std::unique_ptr<FILE, TableCloser> table(setmntent("/proc/self/mounts", "re"));
-    if (!table && errno == ENOMEM)
-        throw std::bad_alloc();
-    if (!table)
+    if (!table) {
+        ThrowOnShortage(errno);
         return errno;
+    }
     volumes = SelectVolumes(table.get());
     return ferror(table.get()) != 0 ? EIO : 0;
 }

@@ -7,12 +7,16 @@
 #include <cerrno>
 
 #include "support/fd.h"
+#include "support/shortage.h"
 
 namespace vornplatform {
 namespace {
 
 Fd Open(const std::string& path) {
-    return Fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    Fd file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!file)
+        ThrowOnShortage(errno);
+    return file;
 }
 
 ssize_t Read(const Fd& file, char* buffer, std::size_t size) {

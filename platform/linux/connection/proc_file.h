@@ -6,7 +6,8 @@
 
 /**
  * @file
- * Files of /proc, which have no size to go by.
+ * Files of /proc, which have no size to go by. Both throw std::bad_alloc when memory or descriptors
+ * are short.
  */
 
 namespace vornplatform {

@@ -4,9 +4,12 @@
 #include <net/if.h>
 #include <netinet/in.h>
 
+#include <cerrno>
 #include <cstring>
 #include <set>
 #include <utility>
+
+#include "support/shortage.h"
 
 namespace vornplatform {
 namespace {
@@ -38,7 +41,10 @@ bool IsAny(const IpAddress& address) {
 
 std::string InterfaceText(std::uint32_t index) {
     char name[IF_NAMESIZE];
-    return if_indextoname(index, name) != nullptr ? name : std::to_string(index);
+    if (if_indextoname(index, name) != nullptr)
+        return name;
+    ThrowOnShortage(errno);
+    return std::to_string(index);
 }
 
 /** Where this host listens. */

@@ -3,8 +3,9 @@
 #include <pwd.h>
 
 #include <cerrno>
-#include <new>
 #include <vector>
+
+#include "support/shortage.h"
 
 namespace vornplatform {
 namespace {
@@ -23,8 +24,7 @@ auto LookUp(const Query& query, const Reader& reader) {
         buffer.resize(error == ERANGE ? buffer.size() * 2 : buffer.size());
         error = query(&record, buffer.data(), buffer.size(), &found);
     }
-    if (error == ENOMEM)
-        throw std::bad_alloc();
+    ThrowOnShortage(error);
     return reader(found);
 }
 

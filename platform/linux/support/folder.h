@@ -5,7 +5,8 @@
 
 #include <cerrno>
 #include <memory>
-#include <new>
+
+#include "support/shortage.h"
 
 namespace vornplatform {
 
@@ -16,14 +17,11 @@ struct FolderCloser {
 /** Owner of an open folder. */
 using Folder = std::unique_ptr<DIR, FolderCloser>;
 
-/**
- * opendir, but for memory that is short: then std::bad_alloc, lest the folder be taken for one
- * that has gone.
- */
+/** opendir, but for memory or descriptors that are short: then std::bad_alloc. */
 inline Folder OpenFolder(const char* path) {
     Folder folder(opendir(path));
-    if (!folder && errno == ENOMEM)
-        throw std::bad_alloc();
+    if (!folder)
+        ThrowOnShortage(errno);
     return folder;
 }
 

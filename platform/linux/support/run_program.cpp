@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "support/fd.h"
+#include "support/shortage.h"
 #include "support/start_program.h"
 
 namespace vornplatform {
@@ -121,8 +122,7 @@ ProgramResult RunProgram(const std::vector<std::string>& argv, const ProgramLimi
     pid_t pid = -1;
     if (result.status == 0)
         result.status = StartProgram(argv, pipe.write.Get(), pid);
-    if (result.status == ENOMEM)
-        throw std::bad_alloc();
+    ThrowOnShortage(result.status);
     if (result.status != 0)
         return result;
     pipe.write.Reset();

@@ -42,7 +42,7 @@ struct ProgramResult {
  * process group is left at the end is killed; the program itself is always waited for, by its own
  * pid. Safe in a process with threads.
  *
- * Throws std::bad_alloc when memory is short, with no program left running.
+ * Throws std::bad_alloc when memory or descriptors are short, with no program left running.
  *
  * @param argv  the program's absolute path and its arguments
  */

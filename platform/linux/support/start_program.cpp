@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <sched.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
@@ -43,15 +45,26 @@ bool ResetSignals() {
 
 /** Not open(), where a cancelled thread of the host program would end. */
 bool OpenNull(int as, int flags) {
-    const auto opened = static_cast<int>(syscall(SYS_openat, AT_FDCWD, "/dev/null", flags, 0));
-    return opened == as || (opened >= 0 && dup2(opened, as) == as);
+    return syscall(SYS_openat, AT_FDCWD, "/dev/null", flags, 0) == as;
 }
 
+/** Closes before it opens: the host program may have as many open as it may have. */
 bool ArrangeDescriptors(int output) {
-    if (!OpenNull(0, O_RDONLY) || dup2(output, 1) != 1 || !OpenNull(2, O_WRONLY))
+    if (dup2(output, 1) != 1)
         return false;
-    closefrom(3);
-    return true;
+    close(0);
+    closefrom(2);
+    return OpenNull(0, O_RDONLY) && OpenNull(2, O_WRONLY);
+}
+
+/** The host program's limit may be used up by what it has open; the program has three. */
+bool AllowDescriptors() {
+    constexpr rlim_t kUsual = 1024;
+    rlimit limit;
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
+        return false;
+    limit.rlim_cur = std::max(limit.rlim_cur, std::min(kUsual, limit.rlim_max));
+    return setrlimit(RLIMIT_NOFILE, &limit) == 0;
 }
 
 /**
@@ -69,7 +82,7 @@ bool TakeOneIdentity(uid_t user, gid_t group) {
 int Become(void* argument) {
     Plan& plan = *static_cast<Plan*>(argument);
     if (TakeOneIdentity(plan.user, plan.group) && setpgid(0, 0) == 0 &&
-        ArrangeDescriptors(plan.output) && chdir("/") == 0 && ResetSignals())
+        ArrangeDescriptors(plan.output) && chdir("/") == 0 && AllowDescriptors() && ResetSignals())
         execve(plan.argv[0], plan.argv, plan.environment);
     plan.error = errno;
     return 127;
