@@ -231,6 +231,25 @@ TEST(Shares, AreReadFromSambaWithIncludesAndUsershares) {
     });
 }
 
+TEST(Shares, StayWhateverElseIsInTheUsershareFolder) {
+    SKIP_WITHOUT_SAMBA();
+    InPrivateRoot([] {
+        const std::string folder = "/var/lib/samba/usershares/";
+        const std::string good = "#VERSION 2\npath=/volume1/";
+        WriteFile(kConfig, "[photo]\n path = /volume1/photo\n");
+        WriteFile(folder + "a-good", good + "first\n");
+        WriteFile(folder + "c-large", good + "large\n" + std::string(2 << 20, '#'));
+        MakeFolder(folder + "d-folder");
+        WriteFile(folder + "z-good", good + "last\n");
+        // Nobody ever writes to it: a reader that waits would wait for good.
+        ASSERT_EQ(mkfifo((folder + "b-fifo").c_str(), 0666), 0);
+        ASSERT_EQ(symlink("/dev/zero", (folder + "e-endless").c_str()), 0);
+        EXPECT_THAT(ListedShares(),
+                    ElementsAre(Pair("photo", "/volume1/photo"), Pair("a-good", "/volume1/first"),
+                                Pair("z-good", "/volume1/last")));
+    });
+}
+
 TEST(Shares, AskTestparmOnceUntilAFileChanges) {
     SKIP_WITHOUT_SAMBA();
     InPrivateRoot([] {
