@@ -72,6 +72,7 @@ packages[e2e]='
     prometheus-node-exporter
     psmisc
     rsync
+    rsyslog
     samba
     smbclient
     vsftpd

@@ -15,6 +15,7 @@ import sys
 
 CLONE_NEWNS, CLONE_NEWUSER = 0x20000, 0x10000000
 MNT_DETACH, MS_BIND = 2, 4096
+AT_FDCWD, RENAME_EXCHANGE = -100, 2
 PR_SET_DUMPABLE, PR_SET_NAME = 4, 15
 NOBODY = 65534
 
@@ -160,6 +161,41 @@ def serve_apart(_):
         os._exit(0)
     os.wait()
     os.read(back, 1)
+
+
+def process_title(title):
+    """A process started under the title, which is all that a command line is."""
+    hold("/volume1/photo/titled", os.O_CREAT | os.O_RDWR)
+    os.set_inheritable(held[0], True)
+    code = "import sys; print('ready', flush=True); sys.stdin.read()"
+    os.execv(sys.executable, [title, "-c", code])
+
+
+def rename_others(both):
+    """What anyone may who can write to the folders, whoever holds it open."""
+    os.rename(*both.split(":"))
+
+
+def rename_race(folder):
+    """Swaps a folder with an open file and a link to /etc, all the time."""
+    os.mkdir(folder)
+    hold(folder + "/aim", os.O_CREAT | os.O_RDWR)
+    os.symlink("/etc", folder + ".link")
+    if os.fork() == 0:
+        while os.getppid() != 1:
+            exchange(folder, folder + ".link")
+        os._exit(0)
+
+
+def exchange(one, other):
+    must(libc.renameat2(AT_FDCWD, one.encode(), AT_FDCWD, other.encode(), RENAME_EXCHANGE))
+
+
+def link_to(path):
+    """A link of one's own in a share, opened as far as it can be: it, and what it leads to."""
+    os.symlink(path, "/volume1/photo/link")
+    hold("/volume1/photo/link", os.O_PATH | os.O_NOFOLLOW)
+    hold("/volume1/photo/link")
 
 
 def link_after_rename(path):

@@ -38,6 +38,25 @@ class Hostile:
         self._process.stdout.close()
 
 
+class Opened:
+    """Whether anybody opens a folder from now on."""
+
+    IN_OPEN = 0x20
+
+    def __init__(self, folder):
+        libc = ctypes.CDLL(None, use_errno=True)
+        self._queue = libc.inotify_init1(os.O_NONBLOCK | os.O_CLOEXEC)
+        assert libc.inotify_add_watch(self._queue, folder.encode(), self.IN_OPEN) >= 0
+
+    def ever(self):
+        try:
+            return os.read(self._queue, 4096) != b""
+        except BlockingIOError:
+            return False
+        finally:
+            os.close(self._queue)
+
+
 class HostileUser(unittest.TestCase):
     def setUp(self):
         self._honest = Holder([touch(REAL.encode())])
@@ -130,6 +149,15 @@ class HostileUser(unittest.TestCase):
                 self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
                                  [(user.pid, "-", "-")])
 
+    def test_titles_of_processes_change_nothing(self):
+        for title in ("sshd: root@pts/0", "smbd: client [10.0.0.1]", ") R 1 1", "a\nb"):
+            with Hostile("process_title", title) as user:
+                with open(f"/proc/{user.pid}/cmdline", "rb") as file:
+                    self.assertEqual(file.read().split(b"\0")[0].decode(), title)
+                files, _ = self.listed()
+                self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
+                                 [(user.pid, "-", "-")])
+
     def test_a_false_server_speaks_for_its_own_user_only(self):
         # The host is the true peer's, the user that of the process; only smbstatus, which knows
         # none of its sessions, may name another for an smbd.
@@ -177,6 +205,49 @@ class HostileUser(unittest.TestCase):
             self.assertEqual([(file["full_path"], file["folder"], file["time"]) for file in files],
                              [("/volume1/photo/swapped (deleted)", False, "-")])
         os.unlink("/volume1/photo/swapped")
+
+    def renamed(self, old, new):
+        """The paths of an honest process in OLD once a hostile user has renamed that, by share and by volume."""
+        with Holder([touch(f"{old}/file".encode())]) as holder:
+            for folder in ("/volume1", "/volume1/common", old):
+                os.chmod(folder, 0o777)
+            with Hostile("rename_others", f"{old}:{new}"):
+                lists = [json.loads(run("--json", "--by", by).stdout)["files"] for by in ("share", "volume")]
+                self.assertEqual({file["user"] for files in lists for file in files}, {"-"})
+        os.chmod("/volume1", 0o755)
+        shutil.rmtree(new)
+        return [[file["full_path"] for file in files if file["pid"] == str(holder.pid)] for files in lists]
+
+    def test_who_may_rename_a_folder_changes_the_paths_of_all_who_hold_files_in_it(self):
+        self.assertEqual(self.renamed("/volume1/common/old", "/volume1/common/new"),
+                         [["/volume1/common/new/file"]] * 2)
+
+    def test_a_folder_moved_out_of_all_shares_takes_its_files_off_the_list_by_share(self):
+        self.assertEqual(self.renamed("/volume1/common/old", "/volume1/.moved"), [[], ["/volume1/.moved/file"]])
+
+    def test_a_folder_and_a_link_that_change_places_change_flag_and_time_at_most(self):
+        os.mkdir("/etc/aim")
+        opened = Opened("/etc/aim")
+        with Hostile("rename_race", "/volume1/photo/race") as user:
+            seen, flags = set(), set()
+            for _ in range(200):
+                files = [file for file in self.listed("--time")[0] if file["pid"] == user.pid]
+                self.assertEqual(len(files), 1)
+                seen.update((file["full_path"], file["user"], file["host"], file["deleted"]) for file in files)
+                flags.update(file["folder"] for file in files)
+        # The kernel's path has one name or the other, and the flag is that of what is there by then.
+        self.assertEqual(seen, {(f"/volume1/photo/race{name}/aim", "-", "-", False) for name in ("", ".link")})
+        self.assertEqual(flags, {False, True})
+        self.assertFalse(opened.ever())
+
+    def test_a_link_in_a_share_is_shown_as_itself_and_what_it_leads_to_as_that(self):
+        os.chmod(touch(b"/volume1/others/file"), 0o644)
+        for target, led_to in (("/etc/passwd", []), (REAL, [REAL]), ("/volume1/others/file", ["/volume1/others/file"])):
+            with self.subTest(target), Hostile("link_to", target) as user:
+                files, _ = self.listed()
+                self.assertEqual([(file["full_path"], file["pid"], file["folder"]) for file in files],
+                                 sorted((path, user.pid, False) for path in ["/volume1/photo/link", *led_to]))
+            os.unlink("/volume1/photo/link")
 
     def test_a_file_system_of_a_user_that_never_answers_is_not_waited_for(self):
         # What fusermount does for a user: nobody but this user may ask the file system.

@@ -57,6 +57,8 @@ TEST(ControlGroup, UnitIsTheFirstDirectoryOfTheFirstSystemdLine) {
         {"2:cpu:/x\n\n1:name=systemd:/a.slice\n1:name=systemd:/b.slice\n", "a.slice"},
         {"1:name=systemd:/a:b\n1:name=systemd:/b.slice", "b.slice"},
         {"1:name=systemd:/last.slice", "last.slice"},
+        {"1:name=systemd:/../../etc\n", ".."},
+        {"1:name=systemd:/./x\n", "."},
         {"1:name=systemd:/\n", ""},
         {"1:name=systemd://a.slice\n", ""},
         {"1:name=systemd:a/b.slice\n", "b.slice"},

@@ -43,6 +43,8 @@ TEST_F(UnitFile, IsNamedAfterTheUnitWithServiceWhereItHasNoUnitType) {
         {"slice", "slice.service"},
         {"a.slices", "a.slices.service"},
         {"a.slic", "a.slic.service"},
+        {"..", "...service"},
+        {".", "..service"},
     };
     for (const auto& [unitName, file] : rows) {
         EXPECT_EQ(UnitFileName(unitName), file);
