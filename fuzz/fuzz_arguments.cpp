@@ -1,16 +1,32 @@
-// The command line: one argument a line.
+// The command line: one argument a line; its PATHs are looked for on a volume.
 
 #include <string>
 #include <vector>
 
 #include "arguments.h"
+#include "selection.h"
+#include "snapshot.h"
 #include "support/lines.h"
 #include "text_input.h"
+#include "volumes.h"
 
 namespace {
 
 bool IsOneLine(std::string_view text) {
     return text.find_first_of("\n\r\x1b\t") == std::string_view::npos;
+}
+
+/** Each PATH is at or below the volume, or there is one line that says why not. */
+void ResolvePaths(const cli::Options& options) {
+    const std::vector<std::string> volumes = {"/volume1"};
+    try {
+        const std::vector<std::string> paths = cli::ResolvedPaths(options.selection.paths, volumes);
+        Must(paths.size() == options.selection.paths.size());
+        for (const std::string& path : paths)
+            Must(cli::IsAtOrBelow(path, volumes.front()));
+    } catch (const cli::Failure& failure) {
+        Must(IsOneLine(failure.what()));
+    }
 }
 
 }  // namespace
@@ -28,6 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Must(!options.timeoutSeconds || *options.timeoutSeconds > 0);
         for (const cli::Condition& condition : options.selection.conditions)
             Must(!condition.text.empty() && cli::IsMember(condition.column));
+        ResolvePaths(options);
     } catch (const cli::UsageError& error) {
         Must(IsOneLine(error.what()));
     }
