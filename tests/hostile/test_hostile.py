@@ -34,6 +34,7 @@ class Hostile:
 
     def __exit__(self, *_):
         self._process.stdin.close()
+        self._process.stdout.read()  # Its children have that as well, and end a little later.
         self._process.wait()
         self._process.stdout.close()
 

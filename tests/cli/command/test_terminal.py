@@ -68,6 +68,16 @@ class OnATerminal(unittest.TestCase):
         self.assertEqual(status, 0)
         self.assertTrue("\n".join(lines).endswith("\x1b[?25h\x1b[?1049l"))
 
+    def test_watch_shows_on_its_screen_what_was_left_out(self):
+        terminal = Terminal(COMMAND, "--watch", "0.1", columns=300)
+        terminal.wait_for(b"a.jpg")
+        with Holder([touch(b"/volume")]) as holder:
+            terminal.wait_for(b'left out an object named "/volume"')
+            terminal.wait_for(f"held open by: {holder.pid}".encode())
+        os.unlink("/volume")
+        terminal.process.send_signal(signal.SIGINT)
+        self.assertEqual(terminal.finish()[0], 0)
+
     def test_watch_follows_the_size(self):
         terminal = Terminal(COMMAND, "--watch", "1000", columns=60, NO_COLOR="1")
         terminal.wait_for(b"\x1b[J")
