@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <functional>
 #include <random>
 
@@ -22,7 +23,11 @@ constexpr std::size_t kHolders = 20, kHeldFiles = 20;
 constexpr std::size_t kProcessSlot = 400, kProcessSlots = 64;
 constexpr std::size_t kFileSlot = 500, kFileSlots = 256;
 constexpr std::size_t kMountSlot = 800, kMountSlots = 4;
-constexpr std::size_t kShareSlot = 850, kShareSlots = 8;
+constexpr std::size_t kFolderSlot = 850, kFolderSlots = 8;
+constexpr std::size_t kSharedSlot = 900;
+
+constexpr char kExports[] = "/etc/exports.d/flood.exports";
+constexpr char kExportedFolder[] = "/volume2/exported";
 
 void Must(bool done, const std::string& step) {
     if (done)
@@ -109,7 +114,9 @@ void ChurnProcesses(Truth& truth) {
     for (std::size_t i = 0;; i = (i + 1) % kProcessSlots) {
         const std::size_t number = kProcessSlot + i;
         if (children[i] > 0) {
-            waitpid(children[i], nullptr, 0);
+            int status = 0;
+            waitpid(children[i], &status, 0);
+            Must(status == 0, "a process that lives shortly");
             truth.At(number).closed = truth.At(number).closing.load();
         }
         children[i] = Start([&] { LiveShortly(truth, number); });
@@ -123,20 +130,25 @@ struct OpenFile {
     std::string path;
 };
 
+/** How many files it deletes: none where it was deleted before. */
+unsigned Delete(const std::string& path) {
+    return unlink(path.c_str()) == 0 ? 1 : 0;
+}
+
 void ChurnOneFile(Truth& truth, std::size_t number, OpenFile& open, unsigned step) {
     if (open.file < 0) {
         open.file = Open(truth.At(number), number, kShareFolder, open.path);
         ++truth.done.opens;
     } else if (step == 0 && open.path.find(".renamed") == std::string::npos) {
         const std::string renamed = open.path + ".renamed";
-        rename(open.path.c_str(), renamed.c_str());
+        if (rename(open.path.c_str(), renamed.c_str()) != 0)
+            return;  // deleted before
         open.path = renamed;
         ++truth.done.renames;
     } else if (step == 1) {
-        unlink(open.path.c_str());
-        ++truth.done.deletions;
+        truth.done.deletions += Delete(open.path);
     } else if (step == 2) {
-        unlink(open.path.c_str());
+        truth.done.deletions += Delete(open.path);
         Close(truth.At(number), open.file);
         open.file = -1;
     }
@@ -172,17 +184,59 @@ void ChurnMounts(Truth& truth) {
     }
 }
 
-void ChurnShares(Truth& truth) {
-    for (std::size_t i = 0;; i = (i + 1) % kShareSlots) {
+void ChurnFolders(Truth& truth) {
+    for (std::size_t i = 0;; i = (i + 1) % kFolderSlots) {
         const std::string folder = "/volume1/share" + std::to_string(i);
         Must(mkdir(folder.c_str(), 0755) == 0, folder);
         std::string path;
-        const int file = Open(truth.At(kShareSlot + i), kShareSlot + i, folder, path);
-        ++truth.done.shares;
+        const int file = Open(truth.At(kFolderSlot + i), kFolderSlot + i, folder, path);
+        ++truth.done.folders;
         Pause(40);
-        Close(truth.At(kShareSlot + i), file);
+        Close(truth.At(kFolderSlot + i), file);
         unlink(path.c_str());
         Must(rmdir(folder.c_str()) == 0, folder);
+    }
+}
+
+/** All that the other churners open files in. */
+std::string AlwaysExported() {
+    std::string folders = kShareFolder;
+    for (std::size_t i = 0; i < kFolderSlots; ++i)
+        folders += " *\n/volume1/share" + std::to_string(i);
+    for (std::size_t i = 0; i < kMountSlots; ++i)
+        folders += " *\n/volume" + std::to_string(10 + i) + "/data";
+    return folders + " *\n";
+}
+
+/** At once, as an editor saves a file: nobody reads half of it. */
+void Export(const std::string& lines) {
+    const std::string written = "/etc/exports.d/.flood";
+    Must(static_cast<bool>(std::ofstream(written) << lines << std::flush), written);
+    Must(rename(written.c_str(), kExports) == 0, kExports);
+}
+
+void HoldExportedFile(Truth& truth, std::size_t number) {
+    std::string path;
+    const int file = Open(truth.At(number), number, kExportedFolder, path);
+    Pause(250);
+    truth.At(number).closing = truth.At(number).opened.load();
+    Must(unlink(path.c_str()) == 0 && close(file) == 0, path);
+}
+
+void ChurnExports(Truth& truth) {
+    const std::string always = AlwaysExported();
+    Must(mkdir("/etc/exports.d", 0755) == 0 || errno == EEXIST, "/etc/exports.d");
+    Must(mkdir(kExportedFolder, 0755) == 0, kExportedFolder);
+    for (;;) {
+        Export(always + kExportedFolder + " *\n");
+        HoldExportedFile(truth, kSharedSlot);
+        Export(always);
+        truth.At(kSharedSlot).closed = truth.At(kSharedSlot).closing.load();
+        HoldExportedFile(truth, kUnsharedSlot);
+        Must(unlink(kExports) == 0, kExports);
+        truth.At(kUnsharedSlot).closed = truth.At(kUnsharedSlot).closing.load();
+        Pause(100);
+        truth.done.exports += 3;
     }
 }
 
@@ -213,13 +267,16 @@ void StartMountChurner(Truth& truth) {
     Start([&] { ChurnMounts(truth); });
 }
 
-void StartShareChurner(Truth& truth) {
-    Start([&] { ChurnShares(truth); });
+void StartFolderChurner(Truth& truth) {
+    Start([&] { ChurnFolders(truth); });
 }
 
-void StartSessionChurner(Truth& truth, const char* sshCommand) {
-    if (sshCommand != nullptr)
-        Start([&] { ChurnSessions(truth, sshCommand); });
+void StartExportChurner(Truth& truth) {
+    Start([&] { ChurnExports(truth); });
+}
+
+void StartSessionChurner(Truth& truth, const std::string& sshCommand) {
+    Start([&] { ChurnSessions(truth, sshCommand); });
 }
 
 }  // namespace flood

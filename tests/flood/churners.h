@@ -26,11 +26,18 @@ void StartFileChurner(Truth& truth);
 /** Mounts and unmounts volumes with an open file on /volume10 to /volume13. */
 void StartMountChurner(Truth& truth);
 
-/** Makes and removes shared folders with an open file. */
-void StartShareChurner(Truth& truth);
+/** Makes and removes top-level folders, which are shares, with an open file. */
+void StartFolderChurner(Truth& truth);
 
-/** Runs a session of SSH_COMMAND after the other; nothing without one. */
-void StartSessionChurner(Truth& truth, const char* sshCommand);
+/**
+ * Changes the list of shares itself: NFS exports with and without the folder /volume2/exported,
+ * and none at all, when all top-level folders are shares. What the other churners open is shared
+ * in all three.
+ */
+void StartExportChurner(Truth& truth);
+
+/** Runs a session of SSH_COMMAND after the other. */
+void StartSessionChurner(Truth& truth, const std::string& sshCommand);
 
 }  // namespace flood
 

@@ -6,13 +6,15 @@
  *
  * With SECONDS it goes on for that long, ENUMERATIONS notwithstanding, and writes a line a second
  * to the file FIGURES: seconds, enumerations, resident KiB, descriptors. SSH_COMMAND in the
- * environment is a shell command that runs one SSH session.
+ * environment is a shell command that runs one SSH session; host.sh sets it.
  *
- * Prints figures; ends with 1 when anything was wrong or grew.
+ * Prints figures; ends with 1 when anything was wrong or grew, or when a part of the flood stood
+ * still.
  */
 
 #include <dirent.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -84,12 +86,15 @@ public:
         printf("meanwhile: %ju processes (%.0f/s), %ju files opened, %ju renamed, %ju deleted, ",
                done.processes.load(), static_cast<double>(done.processes) / seconds,
                done.opens.load(), done.renames.load(), done.deletions.load());
-        printf("%ju mounts, %ju shares made, %ju SSH sessions\n", done.mounts.load(),
-               done.shares.load(), done.sessions.load());
+        printf("%ju mounts, %ju shared folders made, %ju changes of the exports, ",
+               done.mounts.load(), done.folders.load(), done.exports.load());
+        printf("%ju SSH sessions\n", done.sessions.load());
         for (const std::string& wrong : verdict_.wrong)
             fprintf(stderr, "wrong: %s\n", wrong.c_str());
         const bool flat = ReportSize();
-        return failed_ == 0 && verdict_.wrong.empty() && verdict_.stable > 0 && flat ? 0 : 1;
+        const bool flooded = ReportFlood();
+        return failed_ == 0 && verdict_.wrong.empty() && verdict_.stable > 0 && flat && flooded ? 0
+                                                                                                : 1;
     }
 
 private:
@@ -105,7 +110,7 @@ private:
         const int result = VORN::FileHandle::VORNEnumOpenedFile(list, enumby);
         const auto after = truth_.Read();
         if (result == 0)
-            flood::Check(list, before, after, verdict_);
+            flood::Check(list, enumby, before, after, verdict_);
         else
             ++failed_;
     }
@@ -139,6 +144,31 @@ private:
                late.descriptors <= early.descriptors;
     }
 
+    /** Whether every churner did its work to the end; what stood still is told. */
+    bool ReportFlood() const {
+        const flood::Done& done = truth_.done;
+        bool all = true;
+        for (const auto& [count, what] : {std::pair(&done.processes, "processes"),
+                                          {&done.opens, "opened files"},
+                                          {&done.renames, "renamed files"},
+                                          {&done.deletions, "deleted files"},
+                                          {&done.mounts, "mounts"},
+                                          {&done.folders, "shared folders"},
+                                          {&done.exports, "changes of the exports"},
+                                          {&done.sessions, "SSH sessions"}}) {
+            if (*count != 0)
+                continue;
+            fprintf(stderr, "wrong: there were no %s\n", what);
+            all = false;
+        }
+        for (pid_t ended = waitpid(-1, nullptr, WNOHANG); ended > 0;
+             ended = waitpid(-1, nullptr, WNOHANG)) {
+            fprintf(stderr, "wrong: process %d of the flood ended early\n", ended);
+            all = false;
+        }
+        return all;
+    }
+
     flood::Truth& truth_;
     Plan plan_;
     double noteEvery_; /**< seconds */
@@ -150,14 +180,15 @@ private:
     std::vector<Size> sizes_;
 };
 
-void StartChurners(flood::Truth& truth) {
+void StartChurners(flood::Truth& truth, const char* sshCommand) {
     mkdir(flood::kShareFolder, 0777);
     flood::StartHolders(truth);
     flood::StartProcessChurner(truth);
     flood::StartFileChurner(truth);
     flood::StartMountChurner(truth);
-    flood::StartShareChurner(truth);
-    flood::StartSessionChurner(truth, getenv("SSH_COMMAND"));
+    flood::StartFolderChurner(truth);
+    flood::StartExportChurner(truth);
+    flood::StartSessionChurner(truth, sshCommand);
 }
 
 }  // namespace
@@ -165,12 +196,13 @@ void StartChurners(flood::Truth& truth) {
 int main(int argc, char** argv) {
     const Plan plan{argc > 1 ? std::strtol(argv[1], nullptr, 10) : 0,
                     argc > 3 ? std::strtod(argv[2], nullptr) : 0, argc > 3 ? argv[3] : nullptr};
-    if (plan.enumerations < 20 && plan.seconds <= 0) {
-        fprintf(stderr, "usage: vorn_flood ENUMERATIONS [SECONDS FIGURES]\n");
+    const char* sshCommand = getenv("SSH_COMMAND");
+    if (sshCommand == nullptr || (plan.enumerations < 20 && plan.seconds <= 0)) {
+        fprintf(stderr, "usage: SSH_COMMAND=... vorn_flood ENUMERATIONS [SECONDS FIGURES]\n");
         return 2;
     }
     flood::Truth& truth = *flood::Truth::Make();
-    StartChurners(truth);
+    StartChurners(truth, sshCommand);
     Run run(truth, plan);
     run.Go();
     return run.Report();

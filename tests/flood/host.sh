@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# Inside the sample host: starts sshd, where there is one, and runs a command with SSH_COMMAND set
+# Inside the sample host: starts sshd and runs a command with SSH_COMMAND set
 # to what runs one session that holds a file, and a connection that is dropped before it is one.
 #
 #   tests/flood/host.sh COMMAND [ARG...]
+#
+# Exit status: that of COMMAND; 77 without an SSH server or client.
 set -euo pipefail
 
 keys=/run/flood
@@ -36,11 +38,11 @@ END
     chmod 755 "$keys/session"
 }
 
-if command -v ssh >/dev/null && [[ -x /usr/sbin/sshd ]]; then
-    start_sshd
-    write_session
-    export SSH_COMMAND=$keys/session
-else
-    echo "flood: no SSH server or client, so no sessions come and go" >&2
+if ! command -v ssh >/dev/null || [[ ! -x /usr/sbin/sshd ]]; then
+    echo "skipped: needs an SSH server and client, whose sessions come and go"
+    exit 77
 fi
+start_sshd
+write_session
+export SSH_COMMAND=$keys/session
 exec "$@"

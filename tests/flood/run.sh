@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Enumerates while processes, descriptors, files, volumes, shared folders and SSH sessions come and
+# Enumerates while processes, descriptors, files, volumes, shares and SSH sessions come and
 # go, and holds every result against what was really open.
 #
 #   tests/flood/run.sh [ENUMERATIONS] [PROGRAM]

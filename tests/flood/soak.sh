@@ -17,10 +17,12 @@ figures=$root/build/soak-figures
 command -v gnuplot >/dev/null || { echo "soak: needs gnuplot" >&2; exit 2; }
 
 mkdir -p "$output"
+rm -f "$figures"
 status=0
 "$root/scripts/sample-host.sh" "$root/tests/flood/host.sh" "$program" 20 "$seconds" "$figures" \
     >"$output/soak.txt" || status=$?
 cat "$output/soak.txt"
+[[ -s $figures ]] || exit "$status" # nothing ran that could be drawn
 
 gnuplot <<END
 set terminal svg size 900,360 font 'sans-serif,12' background '#ffffff'

@@ -26,6 +26,9 @@ namespace flood {
 
 constexpr std::size_t kSlots = 1024;
 
+/** Open only while no share covers its folder: by share its file must not be listed. */
+constexpr std::size_t kUnsharedSlot = 901;
+
 /** Each counter holds the generation that last got so far, in this order. */
 struct Slot {
     std::atomic<std::uint32_t> begun;   /**< about to be opened */
@@ -41,7 +44,8 @@ struct Moment {
 
 /** Numbers that the churners keep for the report. */
 struct Done {
-    std::atomic<std::uint64_t> processes, opens, renames, deletions, mounts, shares, sessions;
+    std::atomic<std::uint64_t> processes, opens, renames, deletions, mounts, folders, exports,
+        sessions;
 };
 
 class Truth {
@@ -69,10 +73,11 @@ struct Verdict {
 
 /**
  * Whether each descriptor that was open during the whole call is in the list exactly once, under
- * its pid, and nothing is in it that was not open at some time of the call.
+ * its pid, and nothing is in it that was not open at some time of the call. ENUMBY is what the
+ * list was made by.
  */
-void Check(std::list<VORN::FileHandle::OpenedFile>& list, const std::vector<Moment>& before,
-           const std::vector<Moment>& after, Verdict& verdict);
+void Check(std::list<VORN::FileHandle::OpenedFile>& list, int enumby,
+           const std::vector<Moment>& before, const std::vector<Moment>& after, Verdict& verdict);
 
 }  // namespace flood
 

@@ -7,6 +7,8 @@
 namespace {
 
 using flood::Moment;
+using VORN::FileHandle::ENUM_BY_SHARE;
+using VORN::FileHandle::ENUM_BY_VOLUME;
 using VORN::FileHandle::OpenedFile;
 
 std::list<OpenedFile> Records(const std::vector<std::pair<std::string, std::string>>& texts) {
@@ -20,15 +22,15 @@ std::list<OpenedFile> Records(const std::vector<std::pair<std::string, std::stri
     return list;
 }
 
-/** What is wrong with records of slot 3, whose counters are given; no other slot was used. */
+/** What is wrong with records of one slot, whose counters are given; no other slot was used. */
 std::size_t Wrong(const std::vector<std::pair<std::string, std::string>>& texts, Moment before,
-                  Moment after) {
+                  Moment after, std::size_t slot = 3, int enumby = ENUM_BY_SHARE) {
     std::vector<Moment> first(flood::kSlots), last(flood::kSlots);
-    first[3] = before;
-    last[3] = after;
+    first[slot] = before;
+    last[slot] = after;
     auto list = Records(texts);
     flood::Verdict verdict;
-    Check(list, first, last, verdict);
+    Check(list, enumby, first, last, verdict);
     return verdict.wrong.size();
 }
 
@@ -64,6 +66,18 @@ TEST(FloodChecker, NoticesARecordOfAnotherProcess) {
     EXPECT_EQ(Wrong({{"78", "/volume1/s3-g5-p77"}}, kOpen, kClosing), 1U);
     EXPECT_EQ(Wrong({{"78", "/volume1/photo/ssh-p77"}}, kOpen, kClosing), 1U);
     EXPECT_EQ(Wrong({{"77", "/volume1/photo/ssh-p77"}}, kOpen, kClosing), 0U);
+    EXPECT_EQ(Wrong({{"77", "/volume1/photo/ssh-p77 (deleted)"}}, kOpen, kClosing), 0U);
+    EXPECT_EQ(Wrong({{"7", "/volume1/photo/ssh-p77"}}, kOpen, kClosing), 1U);
+    EXPECT_EQ(Wrong({{"77", "/volume1/photo/ssh-p7"}}, kOpen, kClosing), 1U);
+}
+
+TEST(FloodChecker, NoticesWhatIsListedByAShareThatIsGone) {
+    const std::pair<std::string, std::string> record("77", "/volume2/exported/s901-g5-p77");
+    EXPECT_EQ(Wrong({record}, kOpen, kOpen, flood::kUnsharedSlot), 1U);
+    EXPECT_EQ(Wrong({}, kOpen, kOpen, flood::kUnsharedSlot), 0U);
+    EXPECT_EQ(Wrong({record}, kOpen, kOpen, flood::kUnsharedSlot, ENUM_BY_VOLUME), 0U);
+    EXPECT_EQ(Wrong({}, kOpen, kOpen, flood::kUnsharedSlot, ENUM_BY_VOLUME), 1U);
+    EXPECT_EQ(Wrong({record}, kOpen, kNext, flood::kUnsharedSlot), 0U);
 }
 
 }  // namespace
