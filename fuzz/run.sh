@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets and runs each for a while, from its seeds.
+# Builds the fuzz targets and runs each for a while, from its seeds, as many side by side as there
+# are processors.
 #
 #   fuzz/run.sh SECONDS [TARGET...]
 #
@@ -31,20 +32,23 @@ cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
 
 build=$root/build/fuzz
 mkdir -p "$build/failures" "$build/logs"
-status=0
-for target in "${targets[@]}"; do
-    corpus=$build/corpus/$target
-    log=$build/logs/$target
+
+# Reads as much at once as the largest of the readers takes from a socket.
+run_target() { # TARGET
+    local corpus=$build/corpus/$1 log=$build/logs/$1 runs
     mkdir -p "$corpus"
-    if "$build/bin/fuzz_$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=1024 \
-        -print_final_stats=1 -artifact_prefix="$build/failures/$target-" \
-        "$corpus" "$root/fuzz/corpus/$target" >"$log" 2>&1; then
-        runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
-        echo "$target: clean after $runs runs in $seconds s"
-    else
+    if ! "$build/bin/fuzz_$1" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
+        -rss_limit_mb=1024 -print_final_stats=1 -artifact_prefix="$build/failures/$1-" \
+        "$corpus" "$root/fuzz/corpus/$1" >"$log" 2>&1; then
         cat "$log"
-        echo "$target: FAILED"
-        status=1
+        echo "$1: FAILED"
+        return 1
     fi
-done
-exit "$status"
+    runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
+    echo "$1: clean after $runs runs in $seconds s"
+}
+
+export -f run_target
+export root build seconds
+printf '%s\n' "${targets[@]}" |
+    xargs -P "$(nproc)" -I '{}' bash -c 'run_target "{}"' || exit 1

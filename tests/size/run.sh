@@ -4,7 +4,7 @@
 #
 #   tests/size/run.sh [COMMAND [TEST...]]
 #
-# COMMAND is build/release/bin/vorn-openfiles, TEST such as test_size.Size.test_many_shares.
+# COMMAND is build/release/bin/vorn-openfiles, TEST such as test_size.Size.test_many_exports.
 # VORN_SIZE_PROCESSES says how many processes to start (30000); they take their pids from the
 # whole machine. Needs root, a C compiler and some 8 GB of memory.
 set -euo pipefail

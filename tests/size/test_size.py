@@ -3,6 +3,7 @@
 import json
 import os
 import resource
+import shutil
 import subprocess
 import sys
 import time
@@ -85,6 +86,13 @@ class Started:
 
 
 class Size(unittest.TestCase):
+    def tearDown(self):
+        # Processes of the populace end after the one that started them.
+        while subprocess.run([COMMAND, "--by", "volume", "--quiet"], check=False).returncode == 0:
+            time.sleep(0.1)
+        for entry in os.scandir("/volume1"):
+            shutil.rmtree(entry.path)
+
     def listed(self, *arguments):
         """The full paths; prints what the command took."""
         begin = time.monotonic()
@@ -107,12 +115,18 @@ class Size(unittest.TestCase):
         with Started([POPULATE, str(PROCESSES), "1", "0", "/volume1/many"]):
             self.assertEqual(len(self.listed("--by", "volume")), PROCESSES)
 
-    def test_many_shares(self):
+    def test_many_exports(self):
+        self.lists_shares("/etc/exports", "", "/volume1/p{0} *(ro)\n")
+
+    def test_many_samba_shares(self):
+        self.lists_shares("/etc/samba/smb.conf", "[global]\n", "[share{0}]\npath = /volume1/p{0}\n")
+
+    def lists_shares(self, file, head, share):
         shares = 10000
-        with open("/etc/exports", "w", encoding="ascii") as exports:
-            for i in range(shares):
-                exports.write(f"/volume1/p{i} *(ro)\n")
-        self.addCleanup(os.unlink, "/etc/exports")
+        os.makedirs(os.path.dirname(file), exist_ok=True)
+        with open(file, "w", encoding="ascii") as configuration:
+            configuration.write(head + "".join(share.format(i) for i in range(shares)))
+        self.addCleanup(os.unlink, file)
         with Started([POPULATE, "1000", "10", "0", "/volume1"]):
             self.assertEqual(len(self.listed()), 10000)
             found = json.loads(subprocess.run([COMMAND, "check", "--json"],
