@@ -134,6 +134,21 @@ ssize_t read(int file, void* buffer, size_t size) {
     return Real(&read, "read")(file, buffer, size);
 }
 
+int close(int file) {
+    const unit::FailingNewPause pause;
+    const bool isControlGroup = TheLibc().active && file == controlGroupFile;
+    const int result = Real(&close, "close")(file);
+    if (!isControlGroup) {
+        return result;
+    }
+    controlGroupFile = -1;
+    if (unit::Fails("close")) {
+        errno = EIO;  // the descriptor is gone all the same
+        return -1;
+    }
+    return result;
+}
+
 int stat(const char* path, struct stat* status) noexcept {
     return StatusOf("stat", path, status);
 }
