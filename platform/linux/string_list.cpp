@@ -1,5 +1,7 @@
 #include "vorn/platform/string_list.h"
 
+#include <syslog.h>
+
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
@@ -48,6 +50,12 @@ bool Grow(List& list) {
     return list.nItem < INT_MAX && Reserve(list, std::max<size_t>(16, list.capacity / 2 * 3));
 }
 
+/** Not every caller looks whether a text was stored, so what is left out has its log line. */
+int FailToStore(int line) {
+    syslog(LOG_ERR, "%s:%d Out of memory: a text is left out of its list", kSource, line);
+    return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, line);
+}
+
 }  // namespace
 
 KLIBC_SZLIST* KLIBCSzListAlloc(int size) {
@@ -67,10 +75,10 @@ int KLIBCSzListPush(KLIBC_SZLIST** list, const char* text) {
     List& own = *Own(*list);
     const auto count = static_cast<size_t>(own.nItem);
     if (count == own.capacity && !Grow(own))
-        return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+        return FailToStore(__LINE__);
     const char* copy = own.arena.Copy(text, std::strlen(text) + 1);
     if (copy == nullptr)
-        return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+        return FailToStore(__LINE__);
     own.items[count] = copy;
     return ++own.nItem;
 }

@@ -3,8 +3,11 @@
 #include <json/json.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <memory>
+
+#include "support/shortage.h"
 
 namespace vornplatform {
 namespace {
@@ -22,10 +25,13 @@ std::unique_ptr<Json::CharReader> MakeReader() {
 }
 
 bool ParseJson(std::string_view text, Json::Value& root) {
+    errno = 0;
     try {
         return MakeReader()->parse(text.data(), text.data() + text.size(), &root, nullptr);
     } catch (const Json::Exception&) {
-        return false;  // nested too deeply
+        // Two reasons, one type: no memory for a text, which malloc said, or too deep a nesting.
+        ThrowOnShortage(errno);
+        return false;
     }
 }
 
