@@ -15,25 +15,41 @@ fi
 program=$1
 server=$2
 
+# Services with a text in the bundle and, for when that is not to be had, another name.
 write_units() {
-    local slice
+    local slice key text
     mkdir -p /usr/lib/systemd/system
-    for slice in SMBService atalk ftpd sshd inetd; do
-        printf '[X-Vornalis]\nName=%s\nNameI18n=service:%s_service\n' "$slice" "$slice" \
+    while read -r slice key text; do
+        printf '[X-Vornalis]\nName=plain %s\nNameI18n=service:%s\n' "$text" "$key" \
             >"/usr/lib/systemd/system/$slice.slice"
-    done
+    done <<END
+SMBService smb SMB
+atalk afp AFP
+ftpd ftp FTP
+sshd ssh SSH
+inetd inetd Internet services (inetd)
+END
 }
 
 # Samba's tools answer at once, so that thousands of runs take seconds.
 write_shares() {
     mkdir -p /etc/samba /etc/exports.d /volume1/photo /volume1/music /volume2/docs
     printf '[global]\n[photo]\n\tpath = /volume1/photo\n' >/etc/samba/smb.conf
-    rm -f /usr/bin/testparm /usr/bin/smbstatus
+    rm -f /usr/bin/testparm
     printf '#!/bin/sh\ncat /etc/samba/smb.conf\n' >/usr/bin/testparm
-    printf '#!/bin/sh\necho "{\\"sessions\\":{}}"\n' >/usr/bin/smbstatus
-    chmod 0755 /usr/bin/testparm /usr/bin/smbstatus
+    chmod 0755 /usr/bin/testparm
     echo '/volume1/music *(ro)' >/etc/exports
     echo '/volume2/docs *(ro)' >/etc/exports.d/docs.exports
+}
+
+# A client of an SMB server has logged in.
+write_session() { # SERVER_PID USER
+    rm -f /usr/bin/smbstatus
+    cat >/usr/bin/smbstatus <<END
+#!/bin/sh
+echo '{"sessions": {"1": {"server_id": {"pid": "$1"}, "uid": 5001, "username": "$2"}}}'
+END
+    chmod 0755 /usr/bin/smbstatus
 }
 
 # A server with a client, a file on a volume and a service of its own.
@@ -52,6 +68,7 @@ start_server() { # NAME SLICE USER FILE
 write_units
 write_shares
 start_server smbd SMBService.slice 0 /volume1/photo/held
+write_session $! alice
 start_server sshd sshd.slice 65534 /volume1/music/held
 start_server vsftpd ftpd.slice 0 /volume2/docs/held
 "$program"

@@ -61,7 +61,8 @@ bool InChild(const Part& part) {
 bool Measure(const Operation& operation) {
     const std::string outcome = operation.call(0);
     std::snprintf(reference->outcome, sizeof(reference->outcome), "%s", outcome.c_str());
-    return outcome.rfind("ok", 0) == 0 && outcome == reference->outcome;
+    return outcome.rfind("ok", 0) == 0 && outcome == reference->outcome &&
+           outcome.find(operation.part) != std::string::npos;
 }
 
 bool TryWith(const Operation& operation, rlim_t left) {
@@ -103,7 +104,7 @@ int main() {
     bool good = true;
     for (const Operation& operation : faults::Operations()) {
         // What may leave things out says where.
-        if (!operation.isCpp)
+        if (operation.kind == faults::Kind::kC)
             good &= Sweep(operation);
     }
     return good ? 0 : 1;

@@ -151,18 +151,37 @@ std::string Text(int failing) {
     return text;
 }
 
-std::string Enumerate(int failing, int enumby) {
-    std::list<OpenedFile> files;
-    const int result =
-        Run(failing, [&] { return VORN::FileHandle::VORNEnumOpenedFile(files, enumby); });
-    std::string text = result == 0 ? "ok" : Failed();
+/** A line a file: texts and flags, a tab between them. */
+std::string Shown(OpenedFile& file) {
+    std::string row;
+    for (const std::string& text :
+         {file.getPidStr(), file.getFullPath(), file.getPath(), file.getFilename(),
+          file.getService(), file.getHost(), file.getUser(), file.getTime()}) {
+        row += text + '\t';
+    }
+    return row + (file.isHidden() ? "hidden " : "") + (file.isFolder() ? "folder" : "");
+}
+
+/** How a call over a list of files ends, with the list that it leaves behind. */
+template <typename Call>
+std::string OverFiles(int failing, std::list<OpenedFile>& files, const Call& call) {
+    std::string text;
+    try {
+        text = Run(failing, [&] { return call(files); }) == 0 ? "ok" : Failed();
+    } catch (const std::bad_alloc&) {
+        text = "throws bad_alloc";
+    }
     for (OpenedFile& file : files) {
-        text += result != 0
-                    ? ""
-                    : " " + file.getPidStr() + " " + file.getPath() + " " + file.getService() +
-                          " " + file.getHost() + " " + file.getUser() + ",";
+        text += '\n' + Shown(file);
     }
     return text;
+}
+
+std::string Enumerate(int failing, int enumby) {
+    std::list<OpenedFile> files;
+    return OverFiles(failing, files, [enumby](std::list<OpenedFile>& list) {
+        return VORN::FileHandle::VORNEnumOpenedFile(list, enumby);
+    });
 }
 
 std::string EnumerateByShare(int failing) {
@@ -173,12 +192,12 @@ std::string EnumerateByVolume(int failing) {
 }
 
 std::string AccessTimes(int failing) {
-    std::list<OpenedFile> files(2);
-    for (OpenedFile& file : files) {
-        file.setFullPath("/volume1/photo/held");
+    std::list<OpenedFile> files;
+    for (const char* path : {"/volume1/photo/held", "/volume1/music/held"}) {
+        files.emplace_back();
+        files.back().setFullPath(path);
     }
-    const int result = Run(failing, [&] { return VORN::FileHandle::VORNGetLastAccessTime(files); });
-    return result == 0 && files.size() == 2 ? "ok " + files.back().getTime() : Failed();
+    return OverFiles(failing, files, &VORN::FileHandle::VORNGetLastAccessTime);
 }
 
 std::string Kickable(int failing) {
@@ -189,7 +208,7 @@ std::string Kickable(int failing) {
     });
     std::string text = "ok";
     for (const std::string& service : services) {
-        text += " " + service;
+        text += '\n' + service;
     }
     return text;
 }
@@ -198,22 +217,22 @@ std::string Kickable(int failing) {
 
 const std::vector<Operation>& Operations() {
     static const std::vector<Operation> operations = {
-        {"KLIBCSzListAlloc", &AllocList, false},
-        {"KLIBCSzListPush", &PushMany, false},
-        {"KLIBCFileEnumDir", &EnumDir, false},
-        {"KLIBCFileCheckDir", &CheckDir, false},
-        {"KLIBCFileGetSectionValue", &SectionValue, false},
-        {"VORNShareEnum", &ShareEnum, false},
-        {"VORNShareGet", &ShareGet, false},
-        {"VORNMountVolAllEnum", &VolumeEnum, false},
-        {"VORNEAHiddenDirGet", &HiddenGet, false},
-        {"VORNCurConnGet", &Connections, false},
-        {"KLIBCProcGetByPid", &Process, false},
-        {"StringBundle", &Text, true},
-        {"VORNEnumOpenedFileByShare", &EnumerateByShare, true},
-        {"VORNEnumOpenedFileByVolume", &EnumerateByVolume, true},
-        {"VORNGetLastAccessTime", &AccessTimes, true},
-        {"GetKickableServiceList", &Kickable, true},
+        {"KLIBCSzListAlloc", &AllocList, Kind::kC, ""},
+        {"KLIBCSzListPush", &PushMany, Kind::kC, ""},
+        {"KLIBCFileEnumDir", &EnumDir, Kind::kC, " doc"},
+        {"KLIBCFileCheckDir", &CheckDir, Kind::kC, ""},
+        {"KLIBCFileGetSectionValue", &SectionValue, Kind::kC, " plain SSH"},
+        {"VORNShareEnum", &ShareEnum, Kind::kC, " photo"},
+        {"VORNShareGet", &ShareGet, Kind::kC, " /volume1/photo"},
+        {"VORNMountVolAllEnum", &VolumeEnum, Kind::kC, " /volume2"},
+        {"VORNEAHiddenDirGet", &HiddenGet, Kind::kC, " "},
+        {"VORNCurConnGet", &Connections, Kind::kC, " 127.0.0.1 alice"},
+        {"KLIBCProcGetByPid", &Process, Kind::kC, ""},
+        {"StringBundle", &Text, Kind::kThrows, " Internal service"},
+        {"VORNEnumOpenedFileByShare", &EnumerateByShare, Kind::kFiles, "\t127.0.0.1\talice\t"},
+        {"VORNEnumOpenedFileByVolume", &EnumerateByVolume, Kind::kFiles, "\t127.0.0.1\talice\t"},
+        {"VORNGetLastAccessTime", &AccessTimes, Kind::kTimes, "/volume1/music/held\t"},
+        {"GetKickableServiceList", &Kickable, Kind::kServices, "\nAFP\nFTP\nSSH\n"},
     };
     return operations;
 }
