@@ -3,6 +3,7 @@
 
 import os
 import pwd
+import re
 import subprocess
 import unittest
 
@@ -103,6 +104,20 @@ class CallerThatRaisesItsRights(SmbTest):
         for caller in ("alice", "bob"):
             printed = run([self.CALLER, str(pwd.getpwnam(caller).pw_uid)], env=environment)
             self.assertIn("/volume1/share/file-0 127.0.0.7 alice\n", printed)
+
+
+class RightsOfTheMetricsService(SmbTest):
+    UNIT = "/usr/lib/systemd/system/vorn-openfiles-metrics.service"
+
+    def test_suffice_for_the_users_of_smb_clients(self):
+        self.hold("alice", "127.0.0.8", "file-0")
+        with open(self.UNIT, encoding="utf-8") as unit:
+            rights = re.search("^CapabilityBoundingSet=(.+)$", unit.read(), re.MULTILINE).group(1)
+        bounding = ",".join(["-all", *(f"+{name[len('CAP_'):].lower()}" for name in rights.split())])
+        printed = run(["setpriv", "--no-new-privs", "--bounding-set", bounding, "--inh-caps", "-all",
+                       "/usr/sbin/vorn-openfiles", "metrics"],
+                      env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
+        self.assertIn('{share="share",service="SMB",user="alice"} 1\n', printed)
 
 
 class SmbStatusThatFails(SmbTest):
