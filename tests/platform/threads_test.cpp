@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -7,7 +9,12 @@
 #include <thread>
 #include <vector>
 
+#include "connection/child.h"
+#include "connection/private_network.h"
+#include "connection/serving.h"
+#include "support/private_root.h"
 #include "support/run_program.h"
+#include "temp_folder.h"
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/process.h"
@@ -72,6 +79,19 @@ std::vector<std::string> Volumes() {
     return volumes;
 }
 
+constexpr char kSmbStatus[] = "/usr/bin/smbstatus";
+
+constexpr char kOneSession[] =
+    R"({"sessions": {"1": {"server_id": {"pid": "%d"}, "uid": 5001, "username": "alice"}}})";
+
+/** Puts a program in smbstatus's place that knows one session. */
+void AnswerAsSmbStatus(pid_t server) {
+    const std::string script = std::string("printf '") + kOneSession + "' ";
+    WriteFile("/tmp/smbstatus", "#!/bin/sh\n" + script + std::to_string(server) + "\n");
+    ASSERT_EQ(chmod("/tmp/smbstatus", 0755), 0);
+    ASSERT_EQ(mount("/tmp/smbstatus", kSmbStatus, "none", MS_BIND, ""), 0);
+}
+
 }  // namespace
 
 TEST(Threads, ShareWhatIsRememberedOfShares) {
@@ -100,6 +120,27 @@ TEST(Threads, AskForConnectionsAtOnce) {
         VORN_CURCONN* connections = nullptr;
         EXPECT_GE(VORNCurConnGet(&connections), 0);
         std::free(connections);
+    });
+}
+
+TEST(Threads, ShareWhatIsRememberedOfSmbUsers) {
+    SKIP_WITHOUT_MOUNTS();
+    if (access(kSmbStatus, X_OK) != 0) {
+        GTEST_SKIP() << "needs smbstatus (package samba)";
+    }
+    InPrivateRoot([] {
+        InPrivateNetwork([] {
+            const TempFolder folder;
+            const Listener listener("127.0.0.1");
+            ServedClient client(listener, "127.0.0.2");
+            const std::string program = MakeServer(folder, "smbd");
+            const Child server([&] { BecomeServer(program, client.Server().Get(), 40); });
+            client.Server().Reset();
+            AnswerAsSmbStatus(server.Pid());
+            InThreads([&](int) {
+                EXPECT_EQ(SeenOf(server.Pid()), (List{{"127.0.0.2", "alice"}}));
+            });
+        });
     });
 }
 
