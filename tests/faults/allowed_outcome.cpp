@@ -159,9 +159,8 @@ std::string InEnumeration(const Outcome& good, const Outcome& outcome, const std
         return outcome.head;
     }
     Texts missing;
-    const std::string wrong = fails || throws
-                                  ? MissingUnsorted(outcome.rows, good.rows, missing)
-                                  : Missing(outcome.rows, good.rows, IsWholeRow, missing);
+    std::string wrong = fails || throws ? MissingUnsorted(outcome.rows, good.rows, missing)
+                                        : Missing(outcome.rows, good.rows, IsWholeRow, missing);
     if (fails && !IsEarlyEndLogged(log)) {
         return "no log line for the failure";
     }
@@ -181,7 +180,7 @@ std::string InTimes(const Outcome& good, const Outcome& outcome, const std::stri
     if (!whole && outcome.head != kShortage && outcome.head != kThrown) {
         return outcome.head;
     }
-    const std::string wrong =
+    std::string wrong =
         Missing(outcome.rows, good.rows, whole ? IsWholeRow : IsUnfinishedRow, missing);
     if (outcome.head == kShortage && !Has(log, "<3> filehandle_get_atime:46 ")) {
         return "no log line for the failure";
@@ -203,7 +202,7 @@ std::string InServices(const Outcome& good, const Outcome& outcome, const std::s
     const auto isRow = [](const std::string& row, const std::string& expected) {
         return row == expected || row == kPlain + expected;
     };
-    const std::string wrong = Missing(outcome.rows, good.rows, isRow, missing);
+    std::string wrong = Missing(outcome.rows, good.rows, isRow, missing);
     for (const std::string& row : missing) {
         const auto at = std::find(good.rows.begin(), good.rows.end(), row) - good.rows.begin();
         const std::string unit = VORN::FileHandle::gszKickableServiceTable[at];
