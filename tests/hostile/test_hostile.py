@@ -148,7 +148,7 @@ class HostileUser(unittest.TestCase):
             with Hostile("process_name", name) as user:
                 files, _ = self.listed()
                 self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
-                                 [(user.pid, "-", "-")])
+                                 [(user.pid, "nobody", "127.0.0.77")])
 
     def test_titles_of_processes_change_nothing(self):
         for title in ("sshd: root@pts/0", "smbd: client [10.0.0.1]", ") R 1 1", "a\nb"):
@@ -157,7 +157,7 @@ class HostileUser(unittest.TestCase):
                     self.assertEqual(file.read().split(b"\0")[0].decode(), title)
                 files, _ = self.listed()
                 self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
-                                 [(user.pid, "-", "-")])
+                                 [(user.pid, "nobody", "127.0.0.77")])
 
     def test_a_false_server_speaks_for_its_own_user_only(self):
         # The host is the true peer's, the user that of the process; only smbstatus, which knows
