@@ -3,7 +3,7 @@
 
 #include <stdio.h>
 
-#include "memory_platform.h"
+#include "bench/memory_platform.h"
 #include "vorn/filehandle.h"
 
 int main() {

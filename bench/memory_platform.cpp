@@ -1,4 +1,4 @@
-#include "memory_platform.h"
+#include "bench/memory_platform.h"
 
 #include <fcntl.h>
 #include <stdarg.h>

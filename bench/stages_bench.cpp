@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "memory_platform.h"
+#include "bench/memory_platform.h"
 #include "vorn/filehandle.h"
 
 using namespace VORN::FileHandle;

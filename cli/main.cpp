@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "arguments.h"
-#include "commands.h"
-#include "gate.h"
-#include "output.h"
-#include "rights.h"
-#include "snapshot.h"
-#include "usage.h"
+#include "cli/commands/commands.h"
+#include "cli/host/rights.h"
+#include "cli/options/arguments.h"
+#include "cli/options/usage.h"
+#include "cli/process/gate.h"
+#include "cli/process/output.h"
+#include "cli/question/snapshot.h"
 
 namespace {
 

@@ -1,6 +1,9 @@
-# vorn::build_options: warnings and instrumentation for our own targets. Never exported.
+# vorn::build_options: include path, warnings and instrumentation for our own targets. Never exported.
 add_library(vorn_build_options INTERFACE)
 add_library(vorn::build_options ALIAS vorn_build_options)
+
+# Our own headers are included by their path in this tree.
+target_include_directories(vorn_build_options INTERFACE ${PROJECT_SOURCE_DIR})
 
 target_compile_options(vorn_build_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wformat=2 -Wundef

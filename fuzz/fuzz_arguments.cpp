@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
-#include "arguments.h"
-#include "selection.h"
-#include "snapshot.h"
-#include "support/lines.h"
-#include "text_input.h"
-#include "volumes.h"
+#include "cli/host/volumes.h"
+#include "cli/options/arguments.h"
+#include "cli/question/selection.h"
+#include "cli/question/snapshot.h"
+#include "fuzz/text_input.h"
+#include "platform/linux/support/lines.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "filehandle_internal.h"
-#include "text_input.h"
-#include "texts.h"
+#include "fuzz/text_input.h"
+#include "platform/linux/texts/languages.h"
+#include "src/filehandle_internal.h"
 
 namespace fh = VORN::FileHandle;
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "escape.h"
-#include "text_input.h"
+#include "cli/text/escape.h"
+#include "fuzz/text_input.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The text of /etc/exports. As its reader does, without zero bytes.
 
-#include "nfs_exports.h"
-#include "share_checks.h"
+#include "fuzz/share_checks.h"
+#include "platform/linux/shares/nfs_exports.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text = TextOf(data, size);

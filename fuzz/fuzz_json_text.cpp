@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "escape.h"
-#include "json_output.h"
-#include "text_input.h"
+#include "cli/text/escape.h"
+#include "cli/text/json_text.h"
+#include "fuzz/text_input.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 #include <array>
 #include <string>
 
-#include "support/lines.h"
-#include "text_input.h"
-#include "texts.h"
+#include "fuzz/text_input.h"
+#include "platform/linux/support/lines.h"
+#include "platform/linux/texts/languages.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string_view text = TextOf(data, size);

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "text_input.h"
-#include "volume_table.h"
+#include "fuzz/text_input.h"
+#include "platform/linux/volumes/volume_table.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<std::uint8_t> copy(data, data + size);

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "connection/proc_net_tcp.h"
+#include "platform/linux/sockets/proc_net_tcp.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<vornplatform::TcpSocket> sockets;

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "connection/smb_status.h"
+#include "platform/linux/connections/smb_status.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto users = vornplatform::ParseSmbStatus({reinterpret_cast<const char*>(data), size});

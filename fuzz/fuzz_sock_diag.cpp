@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "connection/sock_diag.h"
+#include "platform/linux/sockets/sock_diag.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // A copy of its own size on the heap: aligned as the kernel aligns, and guarded at its end.

@@ -1,8 +1,8 @@
 // Unit files and text bundles. The first two lines name section and key, the rest is the file.
 
-#include "ini_text.h"
-#include "support/lines.h"
-#include "text_input.h"
+#include "fuzz/text_input.h"
+#include "platform/linux/support/lines.h"
+#include "platform/linux/units/section_value.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string_view text = TextOf(data, size);

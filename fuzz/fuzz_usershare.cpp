@@ -1,7 +1,7 @@
 // A file of "net usershare". As its reader does, without zero bytes.
 
-#include "samba_dump.h"
-#include "share_checks.h"
+#include "fuzz/share_checks.h"
+#include "platform/linux/shares/samba_dump.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text = TextOf(data, size);

@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "share_table.h"
-#include "text_input.h"
-#include "volume_table.h"
+#include "fuzz/text_input.h"
+#include "platform/linux/shares/share_table.h"
+#include "platform/linux/volumes/volume_table.h"
 
 /** Whatever the source: each share lies on a volume and is found again by its name. */
 inline void CheckShares(std::vector<vornplatform::Share> shares) {

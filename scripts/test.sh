@@ -58,7 +58,7 @@ phase_tidy() {
 phase_cppcheck() {
     quietly cppcheck --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
         --std=c++17 --library=posix --library=gnu --quiet -j "$jobs" \
-        -I include -I platform/include -I platform/linux src platform/linux cli
+        -I . -I include -I platform/include support src platform/linux cli
 }
 
 phase_asan() {

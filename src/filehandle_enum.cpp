@@ -4,7 +4,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include "filehandle_internal.h"
+#include "src/filehandle_internal.h"
 
 namespace VORN {
 namespace FileHandle {

@@ -2,8 +2,8 @@
 
 #include <boost/filesystem/path.hpp>
 
-#include "filehandle_internal.h"
-#include "prefix_set.h"
+#include "src/filehandle_internal.h"
+#include "src/prefix_set.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/share.h"
 #include "vorn/platform/volume.h"

@@ -2,7 +2,7 @@
 #include <syslog.h>
 #include <time.h>
 
-#include "filehandle_internal.h"
+#include "src/filehandle_internal.h"
 #include "vorn/platform/error.h"
 
 namespace VORN {

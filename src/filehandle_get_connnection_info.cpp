@@ -5,7 +5,7 @@
 
 #include <boost/lexical_cast.hpp>
 
-#include "filehandle_internal.h"
+#include "src/filehandle_internal.h"
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/process.h"

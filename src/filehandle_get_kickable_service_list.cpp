@@ -1,6 +1,6 @@
 #include <syslog.h>
 
-#include "filehandle_internal.h"
+#include "src/filehandle_internal.h"
 
 namespace VORN {
 namespace FileHandle {

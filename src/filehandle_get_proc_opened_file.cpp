@@ -3,7 +3,7 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include "filehandle_internal.h"
+#include "src/filehandle_internal.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
 

@@ -10,7 +10,7 @@
 #include <boost/exception/exception.hpp>
 #include <exception>
 
-#include "filehandle_internal.h"
+#include "src/filehandle_internal.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
 #include "vorn/platform/string_bundle.h"

@@ -1,7 +1,7 @@
 #include <syslog.h>
 
-#include "filehandle_internal.h"
-#include "prefix_set.h"
+#include "src/filehandle_internal.h"
+#include "src/prefix_set.h"
 #include "vorn/platform/file.h"
 #include "vorn/platform/hidden.h"
 

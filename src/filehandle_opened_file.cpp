@@ -5,7 +5,7 @@
 #include <cctype>
 #include <sstream>
 
-#include "filehandle_internal.h"
+#include "src/filehandle_internal.h"
 #include "vorn/platform/error.h"
 
 namespace VORN {

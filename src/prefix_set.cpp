@@ -1,4 +1,4 @@
-#include "prefix_set.h"
+#include "src/prefix_set.h"
 
 #include <algorithm>
 

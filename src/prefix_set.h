@@ -1,5 +1,5 @@
-#ifndef VORN_PREFIX_SET_H
-#define VORN_PREFIX_SET_H
+#ifndef VORN_SRC_PREFIX_SET_H
+#define VORN_SRC_PREFIX_SET_H
 
 #include <bitset>
 #include <string_view>

@@ -1,12 +1,12 @@
-#include "arguments.h"
+#include "cli/options/arguments.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
 
-#include "usage.h"
-#include "values.h"
+#include "cli/options/usage.h"
+#include "cli/options/values.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
-#include "counts.h"
+#include "cli/answer/counts.h"
 
 #include <gtest/gtest.h>
 
-#include "records.h"
+#include "tests/cli/records.h"
 
 namespace {
 

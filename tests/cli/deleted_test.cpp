@@ -1,4 +1,4 @@
-#include "deleted.h"
+#include "cli/host/deleted.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

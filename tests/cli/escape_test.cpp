@@ -1,4 +1,4 @@
-#include "escape.h"
+#include "cli/text/escape.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "metrics.h"
+#include "cli/answer/metrics.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <sstream>
 
-#include "records.h"
+#include "tests/cli/records.h"
 
 namespace {
 

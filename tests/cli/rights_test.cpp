@@ -1,4 +1,4 @@
-#include "rights.h"
+#include "cli/host/rights.h"
 
 #include <gtest/gtest.h>
 

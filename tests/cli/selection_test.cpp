@@ -1,8 +1,8 @@
-#include "selection.h"
+#include "cli/question/selection.h"
 
 #include <gtest/gtest.h>
 
-#include "records.h"
+#include "tests/cli/records.h"
 
 namespace {
 

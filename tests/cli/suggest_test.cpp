@@ -1,4 +1,4 @@
-#include "suggest.h"
+#include "cli/options/suggest.h"
 
 #include <gtest/gtest.h>
 

@@ -21,10 +21,10 @@
 #include <new>
 #include <string>
 
-#include "allowed_outcome.h"
-#include "failing_malloc.h"
-#include "kept_log.h"
-#include "operations.h"
+#include "tests/faults/allowed_outcome.h"
+#include "tests/faults/failing_malloc.h"
+#include "tests/faults/kept_log.h"
+#include "tests/faults/operations.h"
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>

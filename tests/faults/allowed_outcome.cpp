@@ -1,4 +1,4 @@
-#include "allowed_outcome.h"
+#include "tests/faults/allowed_outcome.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,9 +1,9 @@
-#ifndef VORN_FAULTS_ALLOWED_OUTCOME_H
-#define VORN_FAULTS_ALLOWED_OUTCOME_H
+#ifndef VORN_TESTS_FAULTS_ALLOWED_OUTCOME_H
+#define VORN_TESTS_FAULTS_ALLOWED_OUTCOME_H
 
 #include <string>
 
-#include "operations.h"
+#include "tests/faults/operations.h"
 
 namespace faults {
 

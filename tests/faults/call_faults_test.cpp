@@ -4,7 +4,7 @@
 #include <set>
 #include <sstream>
 
-#include "fault_host.h"
+#include "tests/faults/fault_host.h"
 
 /**
  * @file

@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <string>
 
-#include "operations.h"
+#include "tests/faults/operations.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "failing_malloc.h"
+#include "tests/faults/failing_malloc.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "fault_host.h"
+#include "tests/faults/fault_host.h"
 
 #include <exception>
 #include <filesystem>
@@ -6,7 +6,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "support/failing_calls.h"
+#include "tests/unit/support/failing_calls.h"
 
 namespace unit {
 

@@ -1,11 +1,11 @@
-#ifndef VORN_FAULTS_FAULT_HOST_H
-#define VORN_FAULTS_FAULT_HOST_H
+#ifndef VORN_TESTS_FAULTS_FAULT_HOST_H
+#define VORN_TESTS_FAULTS_FAULT_HOST_H
 
 #include <map>
 #include <string>
 #include <vector>
 
-#include "support/pipeline_test.h"
+#include "tests/unit/support/pipeline_test.h"
 
 namespace unit {
 

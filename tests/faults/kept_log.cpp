@@ -1,4 +1,4 @@
-#include "kept_log.h"
+#include "tests/faults/kept_log.h"
 
 #include <syslog.h>
 

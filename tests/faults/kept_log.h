@@ -1,5 +1,5 @@
-#ifndef VORN_FAULTS_KEPT_LOG_H
-#define VORN_FAULTS_KEPT_LOG_H
+#ifndef VORN_TESTS_FAULTS_KEPT_LOG_H
+#define VORN_TESTS_FAULTS_KEPT_LOG_H
 
 #include <string>
 

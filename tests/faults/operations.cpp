@@ -1,4 +1,4 @@
-#include "operations.h"
+#include "tests/faults/operations.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-#include "failing_malloc.h"
+#include "tests/faults/failing_malloc.h"
 #include "vorn/filehandle.h"
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"

@@ -1,5 +1,5 @@
-#ifndef VORN_FAULTS_OPERATIONS_H
-#define VORN_FAULTS_OPERATIONS_H
+#ifndef VORN_TESTS_FAULTS_OPERATIONS_H
+#define VORN_TESTS_FAULTS_OPERATIONS_H
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "churners.h"
+#include "tests/flood/churners.h"
 
 #include <fcntl.h>
 #include <sys/mount.h>

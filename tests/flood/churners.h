@@ -7,7 +7,7 @@
  * the shared truth what they do. All end with the process that started them.
  */
 
-#include "truth.h"
+#include "tests/flood/truth.h"
 
 namespace flood {
 

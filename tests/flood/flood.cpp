@@ -25,7 +25,7 @@
 #include <memory>
 #include <optional>
 
-#include "churners.h"
+#include "tests/flood/churners.h"
 
 namespace {
 

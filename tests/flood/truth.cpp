@@ -1,4 +1,4 @@
-#include "truth.h"
+#include "tests/flood/truth.h"
 
 #include <sys/mman.h>
 

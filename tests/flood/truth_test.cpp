@@ -1,6 +1,6 @@
 // The checker of the flood notices what it is there for.
 
-#include "truth.h"
+#include "tests/flood/truth.h"
 
 #include <gtest/gtest.h>
 

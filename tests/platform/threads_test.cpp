@@ -9,12 +9,12 @@
 #include <thread>
 #include <vector>
 
-#include "connection/child.h"
-#include "connection/private_network.h"
-#include "connection/serving.h"
-#include "support/private_root.h"
-#include "support/run_program.h"
-#include "temp_folder.h"
+#include "platform/linux/support/run_program.h"
+#include "tests/platform/support/child.h"
+#include "tests/platform/support/private_network.h"
+#include "tests/platform/support/private_root.h"
+#include "tests/platform/support/serving.h"
+#include "tests/platform/support/temp_folder.h"
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/process.h"

@@ -1,4 +1,4 @@
-#include "support/library_test.h"
+#include "tests/unit/support/library_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

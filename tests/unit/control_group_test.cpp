@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "filehandle_internal.h"
+#include "src/filehandle_internal.h"
 
 using namespace VORN::FileHandle;
 

@@ -1,6 +1,6 @@
 #include <cerrno>
 
-#include "support/pipeline_test.h"
+#include "tests/unit/support/pipeline_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

@@ -1,5 +1,5 @@
-#include "support/filter_test.h"
-#include "support/scripted_lists.h"
+#include "tests/unit/support/filter_test.h"
+#include "tests/unit/support/scripted_lists.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

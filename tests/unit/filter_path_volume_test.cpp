@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <random>
 
-#include "support/filter_test.h"
+#include "tests/unit/support/filter_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

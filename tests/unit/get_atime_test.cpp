@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "support/library_test.h"
+#include "tests/unit/support/library_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

@@ -1,7 +1,7 @@
 #include <map>
 #include <random>
 
-#include "support/connection_test.h"
+#include "tests/unit/support/connection_test.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 #include <boost/lexical_cast.hpp>
 #include <new>
 
-#include "filehandle_internal.h"
-#include "support/connection_test.h"
-#include "support/failing_new.h"
+#include "src/filehandle_internal.h"
+#include "tests/unit/support/connection_test.h"
+#include "tests/unit/support/failing_new.h"
 
 using namespace VORN::FileHandle;
 using ::testing::Each;

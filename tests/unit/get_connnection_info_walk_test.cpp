@@ -1,4 +1,4 @@
-#include "support/connection_test.h"
+#include "tests/unit/support/connection_test.h"
 
 using ::testing::Each;
 using ::testing::ElementsAre;

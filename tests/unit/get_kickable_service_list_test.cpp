@@ -2,8 +2,8 @@
 #include <new>
 #include <set>
 
-#include "support/failing_new.h"
-#include "support/service_test.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/service_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

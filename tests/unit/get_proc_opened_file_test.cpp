@@ -1,7 +1,7 @@
 #include <stdexcept>
 
-#include "support/library_test.h"
-#include "support/scripted_lists.h"
+#include "tests/unit/support/library_test.h"
+#include "tests/unit/support/scripted_lists.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

@@ -3,8 +3,8 @@
 #include <memory>
 #include <new>
 
-#include "support/failing_new.h"
-#include "support/service_names_test.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/service_names_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

@@ -1,4 +1,4 @@
-#include "support/service_names_test.h"
+#include "tests/unit/support/service_names_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

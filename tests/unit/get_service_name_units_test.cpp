@@ -1,8 +1,8 @@
 #include <new>
 
-#include "filehandle_internal.h"
-#include "support/failing_new.h"
-#include "support/service_test.h"
+#include "src/filehandle_internal.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/service_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

@@ -1,7 +1,7 @@
 #include <optional>
 
-#include "support/pipeline_test.h"
-#include "support/real_function.h"
+#include "tests/unit/support/pipeline_test.h"
+#include "tests/unit/support/real_function.h"
 
 /**
  * @file

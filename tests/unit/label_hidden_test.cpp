@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <random>
 
-#include "support/library_test.h"
+#include "tests/unit/support/library_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

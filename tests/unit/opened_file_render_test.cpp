@@ -3,9 +3,9 @@
 #include <clocale>
 #include <cstdlib>
 
-#include "../platform/temp_folder.h"
-#include "support/full_record.h"
-#include "support/library_test.h"
+#include "tests/platform/support/temp_folder.h"
+#include "tests/unit/support/full_record.h"
+#include "tests/unit/support/library_test.h"
 
 using namespace VORN::FileHandle;
 

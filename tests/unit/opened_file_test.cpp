@@ -1,7 +1,7 @@
 #include <type_traits>
 
-#include "support/full_record.h"
-#include "support/library_test.h"
+#include "tests/unit/support/full_record.h"
+#include "tests/unit/support/library_test.h"
 
 using namespace VORN::FileHandle;
 

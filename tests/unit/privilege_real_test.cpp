@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <stdexcept>
 
-#include "support/privilege_test.h"
+#include "tests/unit/support/privilege_test.h"
 
 using namespace VORN::FileHandle;
 using namespace unit::identity_calls;

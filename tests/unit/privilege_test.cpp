@@ -2,8 +2,8 @@
 #include <new>
 #include <stdexcept>
 
-#include "support/failing_new.h"
-#include "support/privilege_test.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/privilege_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

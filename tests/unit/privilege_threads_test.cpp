@@ -8,7 +8,7 @@
 #include <set>
 #include <thread>
 
-#include "support/privilege_test.h"
+#include "tests/unit/support/privilege_test.h"
 
 using namespace VORN::FileHandle;
 using ::testing::ElementsAre;

@@ -2,9 +2,9 @@
 #include <locale>
 #include <new>
 
-#include "filehandle_internal.h"
-#include "support/failing_new.h"
-#include "support/service_test.h"
+#include "src/filehandle_internal.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/service_test.h"
 
 using namespace VORN::FileHandle;
 

@@ -1,6 +1,6 @@
 #include <stdexcept>
 
-#include "support/library_test.h"
+#include "tests/unit/support/library_test.h"
 
 using namespace VORN::FileHandle;
 

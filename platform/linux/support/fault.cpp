@@ -1,4 +1,4 @@
-#include "support/fault.h"
+#include "platform/linux/support/fault.h"
 
 #include <syslog.h>
 

@@ -1,4 +1,4 @@
-#include "support/fd.h"
+#include "platform/linux/support/fd.h"
 
 #include <cerrno>
 

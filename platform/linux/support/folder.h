@@ -1,12 +1,12 @@
-#ifndef VORNPLATFORM_SUPPORT_FOLDER_H
-#define VORNPLATFORM_SUPPORT_FOLDER_H
+#ifndef VORN_PLATFORM_LINUX_SUPPORT_FOLDER_H
+#define VORN_PLATFORM_LINUX_SUPPORT_FOLDER_H
 
 #include <dirent.h>
 
 #include <cerrno>
 #include <memory>
 
-#include "support/shortage.h"
+#include "platform/linux/support/shortage.h"
 
 namespace vornplatform {
 

@@ -1,4 +1,4 @@
-#include "support/run_program.h"
+#include "platform/linux/support/run_program.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -10,9 +10,9 @@
 #include <new>
 #include <utility>
 
-#include "support/fd.h"
-#include "support/shortage.h"
-#include "support/start_program.h"
+#include "platform/linux/support/fd.h"
+#include "platform/linux/support/shortage.h"
+#include "platform/linux/support/start_program.h"
 
 namespace vornplatform {
 namespace {

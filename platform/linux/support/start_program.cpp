@@ -1,4 +1,4 @@
-#include "support/start_program.h"
+#include "platform/linux/support/start_program.h"
 
 #include <fcntl.h>
 #include <sched.h>

@@ -1,4 +1,4 @@
-#include "support/log_capture.h"
+#include "tests/platform/support/log_capture.h"
 
 #include <cstdarg>
 #include <cstdio>

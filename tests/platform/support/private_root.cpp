@@ -1,4 +1,4 @@
-#include "support/private_root.h"
+#include "tests/platform/support/private_root.h"
 
 #include <sched.h>
 #include <stdlib.h>
@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "support/end_child.h"
+#include "tests/platform/support/end_child.h"
 
 namespace {
 

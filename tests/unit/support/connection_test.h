@@ -1,11 +1,11 @@
-#ifndef VORN_UNIT_SUPPORT_CONNECTION_TEST_H
-#define VORN_UNIT_SUPPORT_CONNECTION_TEST_H
+#ifndef VORN_TESTS_UNIT_SUPPORT_CONNECTION_TEST_H
+#define VORN_TESTS_UNIT_SUPPORT_CONNECTION_TEST_H
 
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "support/library_test.h"
+#include "tests/unit/support/library_test.h"
 
 namespace unit {
 

@@ -1,6 +1,6 @@
-#include "support/failing_calls.h"
+#include "tests/unit/support/failing_calls.h"
 
-#include "support/failing_new.h"
+#include "tests/unit/support/failing_new.h"
 
 namespace unit {
 

@@ -1,8 +1,8 @@
-#include "support/failing_new.h"
+#include "tests/unit/support/failing_new.h"
 
 #include <new>
 
-#include "support/real_function.h"
+#include "tests/unit/support/real_function.h"
 
 namespace {
 

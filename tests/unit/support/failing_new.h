@@ -1,5 +1,5 @@
-#ifndef VORN_UNIT_SUPPORT_FAILING_NEW_H
-#define VORN_UNIT_SUPPORT_FAILING_NEW_H
+#ifndef VORN_TESTS_UNIT_SUPPORT_FAILING_NEW_H
+#define VORN_TESTS_UNIT_SUPPORT_FAILING_NEW_H
 
 #include <boost/exception/exception.hpp>
 

@@ -1,10 +1,10 @@
-#ifndef VORN_UNIT_SUPPORT_FILTER_TEST_H
-#define VORN_UNIT_SUPPORT_FILTER_TEST_H
+#ifndef VORN_TESTS_UNIT_SUPPORT_FILTER_TEST_H
+#define VORN_TESTS_UNIT_SUPPORT_FILTER_TEST_H
 
 #include <string>
 #include <vector>
 
-#include "support/library_test.h"
+#include "tests/unit/support/library_test.h"
 
 namespace unit {
 

@@ -1,4 +1,4 @@
-#include "support/journal.h"
+#include "tests/unit/support/journal.h"
 
 #include <algorithm>
 #include <cstdio>

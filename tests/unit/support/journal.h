@@ -1,5 +1,5 @@
-#ifndef VORN_UNIT_SUPPORT_JOURNAL_H
-#define VORN_UNIT_SUPPORT_JOURNAL_H
+#ifndef VORN_TESTS_UNIT_SUPPORT_JOURNAL_H
+#define VORN_TESTS_UNIT_SUPPORT_JOURNAL_H
 
 #include <cerrno>
 #include <functional>
@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "support/failing_new.h"
+#include "tests/unit/support/failing_new.h"
 
 namespace unit {
 

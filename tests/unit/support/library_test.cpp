@@ -1,4 +1,4 @@
-#include "support/library_test.h"
+#include "tests/unit/support/library_test.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "support/failing_calls.h"
+#include "tests/unit/support/failing_calls.h"
 
 namespace unit {
 

@@ -1,5 +1,5 @@
-#ifndef VORN_UNIT_SUPPORT_LIBRARY_TEST_H
-#define VORN_UNIT_SUPPORT_LIBRARY_TEST_H
+#ifndef VORN_TESTS_UNIT_SUPPORT_LIBRARY_TEST_H
+#define VORN_TESTS_UNIT_SUPPORT_LIBRARY_TEST_H
 
 /**
  * @file
@@ -37,10 +37,10 @@
 #include <utility>
 #include <vector>
 
-#include "support/journal.h"
-#include "support/scripted_libc.h"
-#include "support/scripted_platform.h"
-#include "support/scripted_setters.h"
+#include "tests/unit/support/journal.h"
+#include "tests/unit/support/scripted_libc.h"
+#include "tests/unit/support/scripted_platform.h"
+#include "tests/unit/support/scripted_setters.h"
 #include "vorn/filehandle.h"
 
 namespace unit {

@@ -1,4 +1,4 @@
-#include "support/pipeline_test.h"
+#include "tests/unit/support/pipeline_test.h"
 
 namespace unit {
 

@@ -1,11 +1,11 @@
-#ifndef VORN_UNIT_SUPPORT_PRIVILEGE_TEST_H
-#define VORN_UNIT_SUPPORT_PRIVILEGE_TEST_H
+#ifndef VORN_TESTS_UNIT_SUPPORT_PRIVILEGE_TEST_H
+#define VORN_TESTS_UNIT_SUPPORT_PRIVILEGE_TEST_H
 
 #include <cerrno>
 #include <string>
 #include <vector>
 
-#include "support/pipeline_test.h"
+#include "tests/unit/support/pipeline_test.h"
 
 namespace unit {
 

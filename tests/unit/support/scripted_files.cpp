@@ -10,11 +10,11 @@
 #include <cstdio>
 #include <cstring>
 
-#include "support/failing_calls.h"
-#include "support/failing_new.h"
-#include "support/journal.h"
-#include "support/real_function.h"
-#include "support/scripted_libc.h"
+#include "tests/unit/support/failing_calls.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/journal.h"
+#include "tests/unit/support/real_function.h"
+#include "tests/unit/support/scripted_libc.h"
 
 namespace {
 

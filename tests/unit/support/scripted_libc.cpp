@@ -1,12 +1,12 @@
-#include "support/scripted_libc.h"
+#include "tests/unit/support/scripted_libc.h"
 
 #include <unistd.h>
 
 #include <cerrno>
 
-#include "support/failing_calls.h"
-#include "support/journal.h"
-#include "support/real_function.h"
+#include "tests/unit/support/failing_calls.h"
+#include "tests/unit/support/journal.h"
+#include "tests/unit/support/real_function.h"
 
 namespace unit {
 

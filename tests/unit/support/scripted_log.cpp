@@ -4,8 +4,8 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "support/failing_new.h"
-#include "support/scripted_libc.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/scripted_libc.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
-#include "support/scripted_platform.h"
+#include "tests/unit/support/scripted_platform.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 
-#include "support/failing_calls.h"
-#include "support/failing_new.h"
-#include "support/journal.h"
-#include "support/scripted_lists.h"
+#include "tests/unit/support/failing_calls.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/journal.h"
+#include "tests/unit/support/scripted_lists.h"
 #include "vorn/platform/file.h"
 #include "vorn/platform/hidden.h"
 

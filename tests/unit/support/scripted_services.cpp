@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "support/failing_calls.h"
-#include "support/failing_new.h"
-#include "support/journal.h"
-#include "support/scripted_platform.h"
+#include "tests/unit/support/failing_calls.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/journal.h"
+#include "tests/unit/support/scripted_platform.h"
 #include "vorn/platform/string_bundle.h"
 
 namespace {

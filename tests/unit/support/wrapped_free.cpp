@@ -1,8 +1,8 @@
 #include <string>
 
-#include "support/failing_new.h"
-#include "support/journal.h"
-#include "support/scripted_platform.h"
+#include "tests/unit/support/failing_new.h"
+#include "tests/unit/support/journal.h"
+#include "tests/unit/support/scripted_platform.h"
 
 extern "C" {
 

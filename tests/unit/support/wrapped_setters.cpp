@@ -1,4 +1,4 @@
-#include "support/scripted_setters.h"
+#include "tests/unit/support/scripted_setters.h"
 
 #include "vorn/filehandle.h"
 

@@ -1,0 +1,26 @@
+#ifndef VORN_CLI_COMMANDS_COMMANDS_H
+#define VORN_CLI_COMMANDS_COMMANDS_H
+
+/**
+ * @file
+ * The commands. Each returns the exit status and throws Failure where that would be kFailed.
+ */
+
+#include "cli/options/options.h"
+#include "cli/process/gate.h"
+
+namespace cli {
+
+enum ExitStatus { kFound = 0, kNothingFound = 1, kFailed = 2 };
+
+int ListCommand(const Options& options, Gate& gate);
+/** The list again and again, until a signal or the reader's end. */
+int WatchCommand(const Options& options, Gate& gate);
+int ServicesCommand(const Options& options);
+/** kNothingFound when something is missing that a full answer takes. */
+int CheckCommand(const Options& options, Gate& gate);
+int MetricsCommand(const Options& options, Gate& gate);
+
+}  // namespace cli
+
+#endif

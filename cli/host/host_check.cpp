@@ -1,0 +1,233 @@
+#include "cli/host/host_check.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "cli/host/rights.h"
+#include "cli/host/volumes.h"
+#include "vorn/platform/connection.h"
+#include "vorn/platform/error.h"
+#include "vorn/platform/file.h"
+#include "vorn/platform/share.h"
+#include "vorn/platform/string_bundle.h"
+#include "vorn/platform/string_list.h"
+
+namespace cli {
+namespace {
+
+// 1:name=systemd:/user.slice/user-0.slice/session-1.scope
+/** Whether `/proc/<pid>/cgroup` has a line for the hierarchy name=systemd. */
+bool HasSystemdHierarchy(std::string_view cgroup) {
+    return cgroup.find(":name=systemd:") != std::string_view::npos;
+}
+
+Finding ExamineRights() {
+    const std::string missing = MissingRights(OwnRights());
+    if (missing.empty()) {
+        return {"rights", State::kOk, "every process can be examined", ""};
+    }
+    return {"rights", State::kMissing, missing,
+            "run as root, or give CAP_SYS_PTRACE and CAP_DAC_READ_SEARCH"};
+}
+
+Finding ExamineControlGroups() {
+    std::ifstream file("/proc/self/cgroup");
+    std::ostringstream text;
+    text << file.rdbuf();
+    if (HasSystemdHierarchy(text.str())) {
+        return {"control groups", State::kOk, "the hierarchy name=systemd is mounted", ""};
+    }
+    return {"control groups", State::kMissing,
+            "no hierarchy name=systemd: every service shows as the internal one",
+            "boot with systemd.unified_cgroup_hierarchy=0 on the kernel's command line"};
+}
+
+Finding ExamineVolumes() {
+    const std::vector<std::string> volumes = MountedVolumes();
+    if (!volumes.empty()) {
+        return {"volumes", State::kOk,
+                fmt::format("{} mounted: {}", volumes.size(), fmt::join(volumes, ", ")), ""};
+    }
+    return {"volumes", State::kMissing, "no volume is mounted",
+            "mount the data file systems on /volume1, /volume2 and so on"};
+}
+
+/** The shares that the library asks for. */
+constexpr int kEveryShare = 0x7F0F;
+
+struct StringListFree {
+    void operator()(KLIBC_SZLIST* list) const { KLIBCSzListFree(list); }
+};
+
+bool IsExecutable(const char* path) {
+    return access(path, X_OK) == 0;
+}
+
+bool Exists(const char* path) {
+    return access(path, F_OK) == 0;
+}
+
+/** What of that which makes shares is on this host. */
+std::string ShareSources() {
+    std::vector<std::string> sources;
+    if (IsExecutable("/usr/bin/testparm") && Exists("/etc/samba/smb.conf")) {
+        sources.emplace_back("Samba (testparm)");
+    }
+    if (Exists("/etc/exports") || Exists("/etc/exports.d")) {
+        sources.emplace_back("NFS (/etc/exports)");
+    }
+    return sources.empty() ? "no file server is set up, so top-level folders of volumes count"
+                           : fmt::format(
+                                 "read from {}; where these export nothing below a volume, "
+                                 "top-level folders count",
+                                 fmt::join(sources, " and "));
+}
+
+/** Unit files below a folder whose section X-Vornalis names them. */
+size_t CountNamedUnits(const char* folder) {
+    std::error_code error;
+    size_t named = 0;
+    std::filesystem::directory_iterator entry(folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        std::array<char, 1024> value{};
+        const std::string path = entry->path().string();
+        if (entry->is_regular_file(error) &&
+            KLIBCFileGetSectionValue(path.c_str(), "X-Vornalis", "Name", value.data(),
+                                     static_cast<int>(value.size())) == 0) {
+            ++named;
+        }
+    }
+    return named;
+}
+
+std::string Language() {
+    for (const char* name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && *value != '\0') {
+            return fmt::format("{}={}", name, value);
+        }
+    }
+    return "no language is set";
+}
+
+Finding ExamineSsh(size_t sessions) {
+    if (!IsExecutable("/usr/sbin/sshd")) {
+        return {"SSH sessions", State::kOk, "no SSH server is installed", ""};
+    }
+    if (!Exists("/proc/self/loginuid")) {
+        return {"SSH sessions", State::kWarning,
+                fmt::format("{} found, but this kernel keeps no login ids", sessions),
+                "use a kernel with CONFIG_AUDIT to see users of detached processes"};
+    }
+    return {"SSH sessions", State::kOk, fmt::format("{} found", sessions), ""};
+}
+
+Finding ExamineSmb() {
+    if (!IsExecutable("/usr/sbin/smbd")) {
+        return {"SMB sessions", State::kOk, "no SMB server is installed", ""};
+    }
+    if (!IsExecutable("/usr/bin/smbstatus")) {
+        return {"SMB sessions", State::kWarning,
+                "/usr/bin/smbstatus is not installed: users of SMB clients show as unknown",
+                "install the package samba with its tools"};
+    }
+    return {"SMB sessions", State::kOk, "smbstatus tells users and machines", ""};
+}
+
+Finding ExamineShares() {
+    KLIBC_SZLIST* list = KLIBCSzListAlloc(0);
+    const int shares = VORNShareEnum(&list, kEveryShare);
+    const std::unique_ptr<KLIBC_SZLIST, StringListFree> owner(list);
+    if (shares < 0) {
+        return {"shares", State::kMissing,
+                fmt::format("shares can't be listed (error 0x{:04X})", KLIBCErrGet()),
+                "see the system log for the reason"};
+    }
+    if (shares == 0) {
+        return {"shares", State::kWarning, "no share found; " + ShareSources(),
+                "export a folder, or list with --by volume"};
+    }
+    std::vector<std::string> names;
+    constexpr int kShownNames = 10;
+    for (int i = 0; i < std::min(shares, kShownNames); ++i) {
+        names.emplace_back(KLIBCSzListGet(list, i));
+    }
+    return {"shares", State::kOk,
+            fmt::format("{} found: {}{}; {}", shares, fmt::join(names, ", "),
+                        shares > kShownNames ? ", ..." : "", ShareSources()),
+            ""};
+}
+
+Finding ExamineUnits() {
+    size_t named = 0;
+    for (const char* folder : {"/usr/local/lib/systemd/system", "/usr/lib/systemd/system"}) {
+        named += CountNamedUnits(folder);
+    }
+    if (named > 0) {
+        return {"unit files", State::kOk, fmt::format("{} with a display name", named), ""};
+    }
+    return {"unit files", State::kMissing,
+            "no unit file has a display name: every service shows as the internal one",
+            "install the slices that come with vorn-openfiles"};
+}
+
+Finding ExamineTexts() {
+    StringBundle bundle("service", nullptr, nullptr, nullptr, nullptr, nullptr);
+    const std::string text = bundle.Text("internal_service", "");
+    if (text.empty()) {
+        return {"texts", State::kMissing, "no text bundle 'service'",
+                "install the texts that come with vorn-openfiles"};
+    }
+    return {"texts", State::kOk,
+            fmt::format("the internal service is called \"{}\" ({})", text, Language()), ""};
+}
+
+std::vector<Finding> ExamineConnections() {
+    VORN_CURCONN* connections = nullptr;
+    const int count = VORNCurConnGet(&connections);
+    const std::unique_ptr<VORN_CURCONN, decltype(&std::free)> owner(connections, std::free);
+    if (count < 0) {
+        return {{"sockets", State::kMissing,
+                 fmt::format("client connections can't be listed (error 0x{:04X})", KLIBCErrGet()),
+                 "see the system log for the reason"}};
+    }
+    const auto ssh = std::count_if(connections, connections + count, [](const VORN_CURCONN& each) {
+        return each.type == VORN_CURCONN_SSH;
+    });
+    return {{"sockets", State::kOk, fmt::format("{} records of client connections", count), ""},
+            ExamineSsh(static_cast<size_t>(ssh)),
+            ExamineSmb()};
+}
+
+}  // namespace
+
+std::string_view StateName(State state) {
+    switch (state) {
+        case State::kOk:
+            return "ok";
+        case State::kWarning:
+            return "warning";
+        case State::kMissing:
+            break;
+    }
+    return "missing";
+}
+
+std::vector<Finding> ExamineHost() {
+    std::vector<Finding> findings = {ExamineRights(), ExamineControlGroups(), ExamineVolumes(),
+                                     ExamineShares(), ExamineUnits(),         ExamineTexts()};
+    for (Finding& finding : ExamineConnections()) {
+        findings.push_back(std::move(finding));
+    }
+    return findings;
+}
+
+}  // namespace cli

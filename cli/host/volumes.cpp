@@ -1,0 +1,48 @@
+#include "cli/host/volumes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "cli/question/selection.h"
+#include "cli/question/snapshot.h"
+#include "cli/text/escape.h"
+#include "vorn/platform/volume.h"
+
+namespace cli {
+
+std::vector<std::string> MountedVolumes() {
+    std::vector<std::string> volumes;
+    // The same volumes that the library asks for. Walked to its end, the chain is the platform's.
+    for (const VORN_MOUNT_VOL_INFO* volume = VORNMountVolAllEnum(0, 3, 2); volume != nullptr;
+         volume = volume->pNext) {
+        volumes.emplace_back(volume->szMountPath);
+    }
+    return volumes;
+}
+
+std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
+                                       const std::vector<std::string>& volumes) {
+    std::vector<std::string> resolved;
+    for (const std::string& path : paths) {
+        std::error_code error;
+        std::string real = std::filesystem::weakly_canonical(path, error).string();
+        if (error || real.empty()) {
+            throw Failure(fmt::format("can't resolve '{}': {}", Escaped(path, true),
+                                      error ? error.message() : "it is empty"));
+        }
+        if (real.size() > 1 && real.back() == '/') {
+            real.pop_back();
+        }
+        if (std::none_of(volumes.begin(), volumes.end(),
+                         [&](const std::string& volume) { return IsAtOrBelow(real, volume); })) {
+            throw Failure(fmt::format("'{}' is on no volume; the volumes are: {}",
+                                      Escaped(real, true), fmt::join(volumes, ", ")));
+        }
+        resolved.push_back(std::move(real));
+    }
+    return resolved;
+}
+
+}  // namespace cli

@@ -1,0 +1,23 @@
+#ifndef VORN_CLI_HOST_VOLUMES_H
+#define VORN_CLI_HOST_VOLUMES_H
+
+#include <string>
+#include <vector>
+
+namespace cli {
+
+/** Mount points of the data volumes, from the platform. Empty when there is none. */
+std::vector<std::string> MountedVolumes();
+
+/**
+ * PATHs as the kernel names them: absolute, without links, "." and "..". What doesn't exist any
+ * more is resolved as far as it does: its deleted files may still be open.
+ *
+ * @throws Failure for a path that is on no volume
+ */
+std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
+                                       const std::vector<std::string>& volumes);
+
+}  // namespace cli
+
+#endif

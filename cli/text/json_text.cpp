@@ -1,0 +1,127 @@
+#include "cli/text/json_text.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+
+#include "cli/text/escape.h"
+
+namespace cli {
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+bool IsPlain(char byte) {
+    return byte >= ' ' && byte < 0x7F && byte != '"' && byte != '\\';
+}
+
+void AppendCodeUnit(std::string& out, int32_t unit) {
+    fmt::format_to(std::back_inserter(out), "\\u{:04x}", unit);
+}
+
+void AppendCharacter(std::string& out, int32_t codepoint, std::string_view bytes) {
+    if (codepoint == '"' || codepoint == '\\') {
+        out += '\\';
+        out += bytes;
+    } else if (!IsTreacherous(codepoint)) {
+        out += bytes;
+    } else if (codepoint < 0x10000) {
+        AppendCodeUnit(out, codepoint);
+    } else {
+        AppendCodeUnit(out, 0xD800 + ((codepoint - 0x10000) >> 10));
+        AppendCodeUnit(out, 0xDC00 + ((codepoint - 0x10000) & 0x3FF));
+    }
+}
+
+void AppendFlag(std::string& out, std::string_view key, bool value) {
+    out += ",\"";
+    out += key;
+    out += value ? "\":true" : "\":false";
+}
+
+}  // namespace
+
+std::string Base64(std::string_view bytes) {
+    constexpr std::string_view kAlphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    for (size_t at = 0; at < bytes.size(); at += 3) {
+        const std::string_view group = bytes.substr(at, 3);
+        uint32_t bits = 0;
+        for (size_t i = 0; i < 3; ++i) {
+            bits = bits << 8 | (i < group.size() ? static_cast<unsigned char>(group[i]) : 0);
+        }
+        for (size_t i = 0; i < 4; ++i) {
+            out += i <= group.size() ? kAlphabet[bits >> (18 - 6 * i) & 0x3F] : '=';
+        }
+    }
+    return out;
+}
+
+bool AppendJsonText(std::string& out, std::string_view text) {
+    bool valid = true;
+    out += '"';
+    for (size_t at = 0; at < text.size();) {
+        size_t end = at;
+        while (end < text.size() && IsPlain(text[end])) {
+            ++end;
+        }
+        out.append(text, at, end - at);
+        at = end;
+        if (at == text.size()) {
+            break;
+        }
+        const Utf8Character next = DecodeFirst(text.substr(at));
+        if (next.codepoint < 0) {
+            out += kReplacement;
+            valid = false;
+        } else {
+            AppendCharacter(out, next.codepoint, text.substr(at, next.length));
+        }
+        at += next.length;
+    }
+    out += '"';
+    return valid;
+}
+
+void AppendJsonMember(std::string& out, std::string_view key, std::string_view text) {
+    out += '"';
+    out += key;
+    out += "\":";
+    if (!AppendJsonText(out, text)) {
+        out += ",\"";
+        out += key;
+        out += "_b64\":\"";
+        out += Base64(text);
+        out += '"';
+    }
+}
+
+void AppendJsonFile(std::string& out, OpenedFile& file, bool deleted, bool withTime) {
+    out += '{';
+    for (const auto& [member, key] : OpenedFile::mapJsonColumn) {
+        AppendJsonMember(out, key, ColumnText(file, static_cast<Column>(member), deleted));
+        out += ',';
+    }
+    AppendJsonMember(out, "full_path", file.getFullPath());
+    out += ",\"hidden\":";
+    out += file.isHidden() ? '1' : '0';
+    AppendFlag(out, "folder", file.isFolder());
+    AppendFlag(out, "deleted", deleted);
+    if (withTime) {
+        out += ',';
+        AppendJsonMember(out, "time", file.getTime());
+    }
+    out += '}';
+}
+
+void AppendJsonPreamble(std::string& out, std::string_view by, std::string_view incompleteReason) {
+    fmt::format_to(std::back_inserter(out), "\"schema\":{},\"by\":\"{}\",\"complete\":{},",
+                   kJsonSchema, by, incompleteReason.empty());
+    if (!incompleteReason.empty()) {
+        AppendJsonMember(out, "reason", incompleteReason);
+        out += ',';
+    }
+}
+
+}  // namespace cli

@@ -1,0 +1,57 @@
+#include "platform/linux/connections/server_connections.h"
+
+#include <cstdint>
+#include <string>
+
+#include "platform/linux/processes/process_reader.h"
+
+namespace vornplatform {
+namespace {
+
+constexpr char kUnknownUser[] = "unknown";
+
+std::vector<SmbServer> FindSmbServers(const std::vector<SocketHolder>& holders) {
+    std::vector<SmbServer> servers;
+    for (const SocketHolder& holder : holders) {
+        if (holder.kind != ServerKind::kSmb)
+            continue;
+        if (const auto stat = ReadProcessStat(holder.pid))
+            servers.push_back({holder.pid, stat->startTime});
+    }
+    return servers;
+}
+
+std::vector<std::string> UsersOf(const SocketHolder& holder, const SmbUsers& smbUsers,
+                                 UserNames& names) {
+    if (holder.kind == ServerKind::kSmb) {
+        const auto users = smbUsers.find(holder.pid);
+        return users != smbUsers.end() ? users->second : std::vector<std::string>{kUnknownUser};
+    }
+    const auto users = ReadProcessUsers(holder.pid);
+    return users ? std::vector<std::string>{names.NameOf(users->effective)}
+                 : std::vector<std::string>();
+}
+
+}  // namespace
+
+std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holders,
+                                          const ClientSockets& sockets,
+                                          const AskSmbUsers& askSmbUsers, UserNames& names) {
+    const std::vector<SmbServer> smbServers = FindSmbServers(holders);
+    const SmbUsers smbUsers = smbServers.empty() ? SmbUsers() : askSmbUsers(smbServers);
+    std::vector<Connection> connections;
+    for (const SocketHolder& holder : holders) {
+        if (holder.kind == ServerKind::kSsh)
+            continue;
+        const auto users = UsersOf(holder, smbUsers, names);
+        for (const std::uint64_t inode : holder.inodes) {
+            for (const std::string& user : users) {
+                connections.push_back(
+                    {static_cast<std::uint32_t>(holder.pid), sockets.at(inode), user, 0});
+            }
+        }
+    }
+    return connections;
+}
+
+}  // namespace vornplatform

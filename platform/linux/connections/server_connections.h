@@ -1,0 +1,29 @@
+#ifndef VORN_PLATFORM_LINUX_CONNECTIONS_SERVER_CONNECTIONS_H
+#define VORN_PLATFORM_LINUX_CONNECTIONS_SERVER_CONNECTIONS_H
+
+#include <functional>
+#include <vector>
+
+#include "platform/linux/connections/connection_block.h"
+#include "platform/linux/connections/smb_user_memory.h"
+#include "platform/linux/processes/user_names.h"
+#include "platform/linux/sockets/socket_holder.h"
+
+namespace vornplatform {
+
+using AskSmbUsers = std::function<SmbUsers(const std::vector<SmbServer>&)>;
+
+/**
+ * Records of every server process but sshd that holds a client's socket, in the order of the
+ * holders and of their descriptors. The user is the effective user of the process; of smbd, which
+ * is root while it idles, the users of its sessions, and "unknown" without any.
+ *
+ * @param askSmbUsers  called once, and only if a holder is an smbd
+ */
+std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holders,
+                                          const ClientSockets& sockets,
+                                          const AskSmbUsers& askSmbUsers, UserNames& names);
+
+}  // namespace vornplatform
+
+#endif

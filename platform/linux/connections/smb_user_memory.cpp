@@ -1,0 +1,50 @@
+#include "platform/linux/connections/smb_user_memory.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vornplatform {
+
+SmbSessions::SmbSessions(Ask ask, Now now) : ask_(std::move(ask)), now_(std::move(now)) {}
+
+bool SmbSessions::Knows(const SmbServer& server) const {
+    const auto known = known_.find(server.pid);
+    return known != known_.end() && known->second.startTime == server.startTime;
+}
+
+bool SmbSessions::MustAsk(const std::vector<SmbServer>& servers, Clock::time_point now) const {
+    if (servers.empty() || (failed_ && now - *failed_ < kPause))
+        return false;
+    return !answered_ || now - *answered_ >= kMaxAge ||
+           !std::all_of(servers.begin(), servers.end(),
+                        [this](const SmbServer& server) { return Knows(server); });
+}
+
+void SmbSessions::Remember(const std::vector<SmbServer>& servers, SmbUsers answer,
+                           Clock::time_point now) {
+    known_.clear();
+    for (const SmbServer& server : servers) {
+        const auto users = answer.find(server.pid);
+        if (users != answer.end())
+            known_[server.pid] = {server.startTime, std::move(users->second)};
+    }
+    answered_ = now;
+    failed_.reset();
+}
+
+SmbUsers SmbSessions::UsersOf(const std::vector<SmbServer>& servers) {
+    const Clock::time_point now = now_();
+    if (MustAsk(servers, now)) {
+        if (auto answer = ask_())
+            Remember(servers, std::move(*answer), now);
+        else
+            failed_ = now;
+    }
+    SmbUsers users;
+    for (const SmbServer& server : servers)
+        if (Knows(server))
+            users[server.pid] = known_.at(server.pid).users;
+    return users;
+}
+
+}  // namespace vornplatform

@@ -1,0 +1,53 @@
+#include "platform/linux/connections/ssh_login.h"
+
+#include <algorithm>
+
+namespace vornplatform {
+namespace {
+
+using Processes = std::vector<SshProcess>;
+
+/** Until the client is authenticated, a half of sshd without rights talks to it. */
+bool HasUnauthenticatedHalf(const Processes& processes, std::optional<uid_t> separationUser) {
+    return std::any_of(processes.begin(), processes.end(), [&](const SshProcess& process) {
+        return process.program == "sshd-auth" || process.uid == separationUser;
+    });
+}
+
+/** The half that was there first: its parent does not hold the socket. */
+const SshProcess& Monitor(const Processes& processes) {
+    const auto isTop = [&](const SshProcess& process) {
+        return std::none_of(processes.begin(), processes.end(),
+                            [&](const SshProcess& other) { return other.pid == process.parent; });
+    };
+    const auto top = std::find_if(processes.begin(), processes.end(), isTop);
+    return top == processes.end() ? processes.front() : *top;
+}
+
+}  // namespace
+
+bool HasOwnSession(const SshProcess& monitor) {
+    return monitor.realUid == 0 && monitor.loginUid && monitor.session &&
+           monitor.session != monitor.parentSession;
+}
+
+std::optional<SshLogin> JudgeSshConnection(const Processes& processes,
+                                           std::optional<uid_t> separationUser) {
+    if (HasUnauthenticatedHalf(processes, separationUser))
+        return std::nullopt;
+    const SshProcess& monitor = Monitor(processes);
+    if (HasOwnSession(monitor))
+        return SshLogin{*monitor.loginUid, monitor.session};
+    const auto half = std::find_if(processes.begin(), processes.end(),
+                                   [&](const SshProcess& it) { return it.uid != monitor.uid; });
+    if (half != processes.end())
+        return SshLogin{half->uid, std::nullopt};
+    // Whoever logs in as the user that the server runs as gets no second half: the one process
+    // starts the sessions itself. Before the login it has no child but the unauthenticated half,
+    // and that holds the socket too.
+    if (processes.size() == 1 && monitor.hasChildren)
+        return SshLogin{monitor.uid, std::nullopt};
+    return std::nullopt;
+}
+
+}  // namespace vornplatform

@@ -1,0 +1,41 @@
+#ifndef VORN_PLATFORM_LINUX_PROCESSES_PROCESS_READER_H
+#define VORN_PLATFORM_LINUX_PROCESSES_PROCESS_READER_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/processes/process_text.h"
+
+/**
+ * @file
+ * Facts of a process from /proc/<pid>/. A process that has gone meanwhile, like a file that this
+ * kernel does not offer, yields nothing.
+ */
+
+namespace vornplatform {
+
+/** The ids of all processes, ascending. */
+std::vector<pid_t> ListProcesses();
+
+/** /proc/<pid>/stat; errno tells why it could not be read. */
+std::optional<ProcessStat> ReadProcessStat(pid_t pid);
+
+/** /proc/<pid>/status */
+std::optional<ProcessUsers> ReadProcessUsers(pid_t pid);
+
+/** /proc/<pid>/loginuid: who logged in, whatever the process has become since. */
+std::optional<std::uint32_t> ReadLoginUid(pid_t pid);
+
+/** /proc/<pid>/sessionid: a number of its own for each login. */
+std::optional<std::uint32_t> ReadSessionId(pid_t pid);
+
+/** /proc/<pid>/task/<pid>/children */
+bool HasChildren(pid_t pid);
+
+}  // namespace vornplatform
+
+#endif

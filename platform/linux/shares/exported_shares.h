@@ -1,0 +1,22 @@
+#ifndef VORN_PLATFORM_LINUX_SHARES_EXPORTED_SHARES_H
+#define VORN_PLATFORM_LINUX_SHARES_EXPORTED_SHARES_H
+
+#include <vector>
+
+#include "platform/linux/files/file_watch.h"
+#include "platform/linux/shares/share_table.h"
+
+namespace vornplatform {
+
+struct ExportedShares {
+    std::vector<Share> shares; /**< Samba's, its users', then NFS's */
+    FileWatch watch;           /**< the files that this came from */
+    bool complete = true;      /**< false when a source failed; it has been logged */
+};
+
+/** Reads what this host's file servers export below a volume. May run testparm for up to 2 s. */
+ExportedShares ReadExportedShares();
+
+}  // namespace vornplatform
+
+#endif

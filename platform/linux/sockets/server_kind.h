@@ -1,0 +1,25 @@
+#ifndef VORN_PLATFORM_LINUX_SOCKETS_SERVER_KIND_H
+#define VORN_PLATFORM_LINUX_SOCKETS_SERVER_KIND_H
+
+#include <string_view>
+
+namespace vornplatform {
+
+/** How a server spreads its clients over processes, and where its users are known. */
+enum class ServerKind {
+    kOther,      /**< not known by its executable */
+    kSsh,        /**< one client a process; users from login sessions */
+    kSmb,        /**< one client a process; users from smbstatus */
+    kOneClient,  /**< a file server that serves one client a process */
+    kManyClients /**< a file server that serves many clients in one process */
+};
+
+/** @param program  file name of the executable */
+ServerKind KindOfServer(std::string_view program);
+
+/** Whether a process of this kind has one client; further sockets it holds are not its client's. */
+bool ServesOneClient(ServerKind kind);
+
+}  // namespace vornplatform
+
+#endif

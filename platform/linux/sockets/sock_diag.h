@@ -1,0 +1,39 @@
+#ifndef VORN_PLATFORM_LINUX_SOCKETS_SOCK_DIAG_H
+#define VORN_PLATFORM_LINUX_SOCKETS_SOCK_DIAG_H
+
+#include <cstddef>
+#include <vector>
+
+#include "platform/linux/sockets/tcp_socket.h"
+
+namespace vornplatform {
+
+enum class DumpState {
+    kMore,  /**< the dump goes on in a further buffer */
+    kDone,  /**< the dump is complete */
+    kFailed /**< the kernel refused, or the buffer holds no netlink messages */
+};
+
+struct SocketDump {
+    std::vector<TcpSocket> sockets;
+    bool interrupted = false; /**< the table changed meanwhile: entries may be missing */
+};
+
+/**
+ * Reads one buffer of the answer to a sock_diag dump of TCP sockets and appends what it lists.
+ *
+ * @param buffer  netlink messages, aligned as the kernel aligns them (4 bytes)
+ */
+DumpState ParseDiagMessages(const void* buffer, std::size_t size, SocketDump& dump);
+
+/**
+ * Appends the listening and the established TCP sockets, IPv4 and IPv6, of this process's network
+ * namespace (sock_diag over netlink).
+ *
+ * @return whether the kernel answered for both families; if not, nothing is appended
+ */
+bool DumpSockets(std::vector<TcpSocket>& sockets);
+
+}  // namespace vornplatform
+
+#endif

@@ -1,0 +1,113 @@
+#include "platform/linux/sockets/socket_holder.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <optional>
+#include <utility>
+
+#include "platform/linux/processes/process_text.h"
+#include "platform/linux/support/folder.h"
+
+namespace vornplatform {
+namespace {
+
+/**
+ * Servers hold their client's socket among the lowest descriptors: vsftpd from 0, sshd at 4, rsync
+ * at 6, web servers and most others below 16; smbd, which has its databases first, at about 34, is
+ * one of those that are read further.
+ */
+constexpr int kLowDescriptors = 16;
+constexpr int kLowMisses = 16;
+
+/** How far the table of a known server is read that has many clients. */
+constexpr int kMaxDescriptors = 4096;
+
+/** One process under search. */
+class Search {
+public:
+    Search(pid_t pid, const ClientSockets& wanted) : wanted_(wanted) { holder_.pid = pid; }
+
+    /** @return nothing when the process holds none of the sockets, or has gone */
+    std::optional<SocketHolder> Run() {
+        const std::string folder = "/proc/" + std::to_string(holder_.pid);
+        descriptors_ = OpenFolder((folder + "/fd").c_str());
+        if (!descriptors_)
+            return std::nullopt;
+        LookAtLowest();
+        Identify(folder + "/exe");
+        if (NeedsMore())
+            LookAtRest();
+        if (holder_.inodes.empty())
+            return std::nullopt;
+        if (ServesOneClient(holder_.kind))
+            holder_.inodes.resize(1);
+        return std::move(holder_);
+    }
+
+private:
+    /** @return whether there is such a descriptor */
+    bool LookAt(const char* number) {
+        // A link cut off at the end of the buffer is longer than that of a socket.
+        char link[32];
+        const ssize_t size = readlinkat(dirfd(descriptors_.get()), number, link, sizeof(link));
+        if (size < 0)
+            return false;
+        const auto inode = ParseSocketLink({link, static_cast<std::size_t>(size)});
+        auto& inodes = holder_.inodes;
+        if (inode && wanted_.count(*inode) != 0 &&
+            std::find(inodes.begin(), inodes.end(), *inode) == inodes.end())
+            inodes.push_back(*inode);
+        return true;
+    }
+
+    void LookAtLowest() {
+        int found = 0;
+        int missed = 0;
+        for (; found < kLowDescriptors && missed < kLowMisses; ++next_)
+            ++(LookAt(std::to_string(next_).c_str()) ? found : missed);
+    }
+
+    void Identify(const std::string& path) {
+        char link[PATH_MAX];
+        const ssize_t size = readlink(path.c_str(), link, sizeof(link));
+        if (size > 0) {
+            holder_.program = ExecutableName({link, static_cast<std::size_t>(size)});
+            holder_.kind = KindOfServer(holder_.program);
+        }
+    }
+
+    bool NeedsMore() const {
+        return holder_.kind == ServerKind::kManyClients ||
+               (ServesOneClient(holder_.kind) && holder_.inodes.empty());
+    }
+
+    /** The kernel lists descriptors in ascending order. */
+    void LookAtRest() {
+        for (int count = 0; count < kMaxDescriptors && NeedsMore(); ++count) {
+            const dirent* entry = NextEntry(descriptors_);
+            if (entry == nullptr)
+                return;
+            LookAt(entry->d_name);
+        }
+    }
+
+    const ClientSockets& wanted_;
+    SocketHolder holder_;
+    Folder descriptors_;
+    int next_ = 0;
+};
+
+}  // namespace
+
+std::vector<SocketHolder> FindSocketHolders(const std::vector<pid_t>& processes,
+                                            const ClientSockets& wanted) {
+    std::vector<SocketHolder> holders;
+    for (const pid_t pid : processes)
+        if (auto holder = Search(pid, wanted).Run())
+            holders.push_back(std::move(*holder));
+    return holders;
+}
+
+}  // namespace vornplatform

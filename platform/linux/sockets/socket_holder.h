@@ -1,0 +1,37 @@
+#ifndef VORN_PLATFORM_LINUX_SOCKETS_SOCKET_HOLDER_H
+#define VORN_PLATFORM_LINUX_SOCKETS_SOCKET_HOLDER_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/linux/sockets/server_kind.h"
+#include "platform/linux/sockets/tcp_socket.h"
+
+namespace vornplatform {
+
+/** A process that holds sockets of clients. */
+struct SocketHolder {
+    pid_t pid = 0;
+    ServerKind kind = ServerKind::kOther;
+    std::string program;               /**< file name of the executable; empty if not readable */
+    std::vector<std::uint64_t> inodes; /**< each socket once, lowest descriptor first */
+};
+
+/**
+ * Finds the processes that hold at least one of the given sockets, in the order given.
+ *
+ * Of each process the lowest descriptors are looked at; only for the file servers known by
+ * executable is the whole table read, and for those with one client a process only as far as that
+ * client's socket. The search never ends early on having seen every socket once, for a socket may
+ * have several holders (both halves of an SSH or FTP server, the two sides of a receiving rsync)
+ * and the one that holds the files may come last.
+ */
+std::vector<SocketHolder> FindSocketHolders(const std::vector<pid_t>& processes,
+                                            const ClientSockets& wanted);
+
+}  // namespace vornplatform
+
+#endif

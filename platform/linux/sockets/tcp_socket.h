@@ -1,0 +1,49 @@
+#ifndef VORN_PLATFORM_LINUX_SOCKETS_TCP_SOCKET_H
+#define VORN_PLATFORM_LINUX_SOCKETS_TCP_SOCKET_H
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace vornplatform {
+
+/** An address in network order; IPv4 in its mapped form, ::ffff:a.b.c.d. */
+using IpAddress = std::array<std::uint8_t, 16>;
+
+enum class TcpState { kEstablished, kListen, kOther };
+
+/** A TCP socket of this host, as the kernel lists it. */
+struct TcpSocket {
+    TcpState state = TcpState::kOther;
+    IpAddress local{};
+    IpAddress peer{};
+    std::uint16_t localPort = 0;
+    std::uint32_t scope = 0; /**< interface of a link-local peer; 0 where it is not known */
+    std::uint64_t inode = 0; /**< 0 for a socket that no process holds any more */
+};
+
+/** Peer address by the inode number of the socket. */
+using ClientSockets = std::unordered_map<std::uint64_t, std::string>;
+
+/** The mapped form of four bytes in network order. */
+IpAddress MapIpv4(const void* bytes);
+
+/**
+ * An address as text, never a name and never empty: IPv4 dotted also when it was mapped, IPv6 as
+ * inet_ntop writes it, with "%" and the interface (its number when it has gone) where the address
+ * is link-local and the interface is known.
+ */
+std::string AddressText(const IpAddress& address, std::uint32_t scope);
+
+/**
+ * Keeps the sockets that serve a client: established, held by someone, and with a local port that
+ * is also listened on, at the same address or at any. The client's own end of a connection within
+ * this host has a port that nobody listens on, and so falls out.
+ */
+ClientSockets SelectClientSockets(const std::vector<TcpSocket>& sockets);
+
+}  // namespace vornplatform
+
+#endif

@@ -1,0 +1,96 @@
+#include "platform/linux/connections/smb_user_memory.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace vornplatform;
+using std::chrono::seconds;
+
+const SmbServer kFirst{8661, 100};
+const SmbServer kSecond{8667, 200};
+
+/** Sessions that ask a scripted smbstatus, under a clock that the test moves. */
+class SmbSession : public testing::Test {
+protected:
+    SmbUsers UsersOf(const std::vector<SmbServer>& servers) { return sessions_.UsersOf(servers); }
+
+    std::optional<SmbUsers> answer_ = SmbUsers{{8661, {"alice"}}, {8667, {"bob"}}};
+    int asked_ = 0;
+    SmbSessions::Clock::time_point now_{};
+    SmbSessions sessions_{[this] {
+                              ++asked_;
+                              return answer_;
+                          },
+                          [this] { return now_; }};
+};
+
+TEST_F(SmbSession, IsNotAskedForWithoutAServer) {
+    EXPECT_EQ(UsersOf({}), SmbUsers());
+    EXPECT_EQ(asked_, 0);
+}
+
+TEST_F(SmbSession, IsAskedForOnceForAllServers) {
+    EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"alice"}}, {8667, {"bob"}}}));
+    EXPECT_EQ(asked_, 1);
+}
+
+TEST_F(SmbSession, IsRemembered) {
+    UsersOf({kFirst, kSecond});
+    EXPECT_EQ(UsersOf({kSecond}), (SmbUsers{{8667, {"bob"}}}));
+    EXPECT_EQ(UsersOf({kFirst}), (SmbUsers{{8661, {"alice"}}}));
+    EXPECT_EQ(asked_, 1);
+}
+
+TEST_F(SmbSession, IsAskedForAgainForANewServer) {
+    UsersOf({kFirst});
+    EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"alice"}}, {8667, {"bob"}}}));
+    EXPECT_EQ(asked_, 2);
+}
+
+TEST_F(SmbSession, IsNotTakenFromAnEarlierProcessOfThatPid) {
+    UsersOf({kFirst});
+    answer_ = SmbUsers{{8661, {"carol"}}};
+    EXPECT_EQ(UsersOf({{8661, 101}}), (SmbUsers{{8661, {"carol"}}}));
+    answer_ = SmbUsers();
+    EXPECT_EQ(UsersOf({{8661, 102}}), SmbUsers());
+}
+
+TEST_F(SmbSession, IsAskedForOnceACallWhileAServerHasNone) {
+    answer_ = SmbUsers{{8667, {"bob"}}};
+    for (int call = 1; call <= 3; ++call) {
+        EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8667, {"bob"}}}));
+        EXPECT_EQ(asked_, call);
+    }
+}
+
+TEST_F(SmbSession, IsRefreshedAfterAWhile) {
+    UsersOf({kFirst});
+    answer_ = SmbUsers{{8661, {"alice", "bob"}}};
+    now_ += SmbSessions::kMaxAge - seconds(1);
+    EXPECT_EQ(UsersOf({kFirst}), (SmbUsers{{8661, {"alice"}}}));
+    now_ += seconds(1);
+    EXPECT_EQ(UsersOf({kFirst}), (SmbUsers{{8661, {"alice", "bob"}}}));
+    EXPECT_EQ(asked_, 2);
+}
+
+TEST_F(SmbSession, IsNotAskedForAgainRightAfterAFailure) {
+    answer_.reset();
+    EXPECT_EQ(UsersOf({kFirst}), SmbUsers());
+    now_ += SmbSessions::kPause - seconds(1);
+    EXPECT_EQ(UsersOf({kFirst}), SmbUsers());
+    EXPECT_EQ(asked_, 1);
+    now_ += seconds(1);
+    answer_ = SmbUsers{{8661, {"alice"}}};
+    EXPECT_EQ(UsersOf({kFirst}), (SmbUsers{{8661, {"alice"}}}));
+    EXPECT_EQ(asked_, 2);
+}
+
+TEST_F(SmbSession, OutlivesAFailure) {
+    UsersOf({kFirst});
+    answer_.reset();
+    EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"alice"}}}));
+    EXPECT_EQ(asked_, 2);
+}
+
+}  // namespace

@@ -1,0 +1,46 @@
+#ifndef VORN_TESTS_PLATFORM_SUPPORT_PRIVATE_NETWORK_H
+#define VORN_TESTS_PLATFORM_SUPPORT_PRIVATE_NETWORK_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <functional>
+
+#include "platform/linux/support/fd.h"
+
+/**
+ * Runs a body in a child process with a network of its own, in which nothing but the loopback
+ * interface exists. Failures of the body fail the calling test; where this user may not make such
+ * a network, the calling test is skipped.
+ */
+void InPrivateNetwork(const std::function<void()>& body);
+
+/** A socket that listens on a free port. */
+class Listener {
+public:
+    explicit Listener(const char* address);
+
+    int Get() const { return socket_.Get(); }
+    std::uint16_t Port() const { return port_; }
+    void Close() { socket_.Reset(); }
+
+private:
+    vornplatform::Fd socket_;
+    std::uint16_t port_ = 0;
+};
+
+/** Both ends of a connection to a listener. */
+class ServedClient {
+public:
+    /** @param address  that the client calls from */
+    ServedClient(const Listener& listener, const char* address);
+
+    vornplatform::Fd& Client() { return client_; }
+    vornplatform::Fd& Server() { return server_; }
+
+private:
+    vornplatform::Fd client_;
+    vornplatform::Fd server_;
+};
+
+#endif
