@@ -1,7 +1,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <exception>
 #include <functional>
 #include <string>
 #include <vector>
@@ -10,9 +9,9 @@
 #include "cli/host/rights.h"
 #include "cli/options/arguments.h"
 #include "cli/options/usage.h"
-#include "cli/process/gate.h"
 #include "cli/process/output.h"
-#include "cli/question/snapshot.h"
+#include "cli/process/standard_descriptors.h"
+#include "cli/process/supervisor.h"
 
 namespace {
 
@@ -24,12 +23,6 @@ int Print(std::string_view text) {
 }
 
 int Run(const cli::Options& options, cli::Gate& gate) {
-    if (options.help) {
-        return Print(cli::HelpText());
-    }
-    if (options.version) {
-        return Print(cli::VersionText());
-    }
     switch (options.command) {
         case cli::Command::kList:
             return cli::ListCommand(options, gate);
@@ -58,13 +51,19 @@ int Guarded(const std::function<int()>& work) {
 
 int RunCommandLine(std::vector<std::string> words) {
     const cli::Options options = cli::ParseArguments(std::move(words));
-    if (!options.timeoutSeconds) {
+    if (options.help) {
+        return Print(cli::HelpText(options.command));
+    }
+    if (options.version) {
+        return Print(cli::VersionText());
+    }
+    if (!options.timeoutSeconds && !options.watchSeconds) {
         cli::Gate gate;
         return Run(options, gate);
     }
-    return cli::RunWithTimeout(*options.timeoutSeconds, [&](cli::Gate& gate) {
-        return Guarded([&] { return Run(options, gate); });
-    });
+    const cli::Supervision how = {options.timeoutSeconds, options.watchSeconds.has_value()};
+    return cli::RunSupervised(
+        how, [&](cli::Gate& gate) { return Guarded([&] { return Run(options, gate); }); });
 }
 
 }  // namespace
@@ -73,6 +72,7 @@ int main(int argc, char** argv) {
     // A reader that goes away ends the output, not the program.
     std::signal(SIGPIPE, SIG_IGN);
     return Guarded([&] {
+        cli::OpenStandardDescriptors();
         if (cli::RunsWithLentRights()) {
             throw cli::Failure(
                 "refuses to run with rights that its file lends (set-user-id, set-group-id, "

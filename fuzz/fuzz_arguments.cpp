@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
+#include "cli/failure.h"
 #include "cli/host/volumes.h"
 #include "cli/options/arguments.h"
 #include "cli/question/selection.h"
-#include "cli/question/snapshot.h"
 #include "fuzz/text_input.h"
-#include "platform/linux/support/lines.h"
+#include "support/text.h"
 
 namespace {
 
@@ -20,10 +20,11 @@ bool IsOneLine(std::string_view text) {
 void ResolvePaths(const cli::Options& options) {
     const std::vector<std::string> volumes = {"/volume1"};
     try {
-        const std::vector<std::string> paths = cli::ResolvedPaths(options.selection.paths, volumes);
-        Must(paths.size() == options.selection.paths.size());
+        const std::vector<std::string> paths =
+            cli::ResolvedPaths(options.question.selection.paths, volumes);
+        Must(paths.size() == options.question.selection.paths.size());
         for (const std::string& path : paths)
-            Must(cli::IsAtOrBelow(path, volumes.front()));
+            Must(support::IsAtOrBelow(path, volumes.front()));
     } catch (const cli::Failure& failure) {
         Must(IsOneLine(failure.what()));
     }
@@ -35,14 +36,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string_view text = TextOf(data, size);
     std::vector<std::string> words;
     while (!text.empty()) {
-        const std::string_view line = vornplatform::TakeLine(text);
+        const std::string_view line = support::TakeLine(text);
         words.emplace_back(line.substr(0, line.find('\0')));
     }
     try {
         const cli::Options options = cli::ParseArguments(words);
-        Must(!options.limit || *options.limit > 0);
+        Must(!options.presentation.limit || *options.presentation.limit > 0);
         Must(!options.timeoutSeconds || *options.timeoutSeconds > 0);
-        for (const cli::Condition& condition : options.selection.conditions)
+        for (const cli::Condition& condition : options.question.selection.conditions)
             Must(!condition.text.empty() && cli::IsMember(condition.column));
         ResolvePaths(options);
     } catch (const cli::UsageError& error) {

@@ -46,17 +46,17 @@ void AppendGauge(std::string& out, std::string_view name, std::string_view help)
     fmt::format_to(std::back_inserter(out), "# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
 }
 
-void AppendFiles(std::string& out, Snapshot& snapshot, const Options& options) {
+void AppendFiles(std::string& out, Snapshot& snapshot, const Question& question) {
     std::map<Labels, size_t> counts;
     for (OpenedFile& file : snapshot.files) {
-        ++counts[{LabelValue(PlaceOf(file, options.by)), LabelValue(file.getService()),
+        ++counts[{LabelValue(PlaceOf(file, question.by)), LabelValue(file.getService()),
                   LabelValue(file.getUser())}];
     }
     AppendGauge(out, "vorn_openfiles_files", "Files that processes hold open on the volumes.");
     for (const auto& [labels, files] : Bounded(counts)) {
         fmt::format_to(std::back_inserter(out),
                        "vorn_openfiles_files{{{}=\"{}\",service=\"{}\",user=\"{}\"}} {}\n",
-                       ByName(options), labels[0], labels[1], labels[2], files);
+                       ByName(question), labels[0], labels[1], labels[2], files);
     }
 }
 
@@ -83,9 +83,9 @@ std::string PlaceOf(OpenedFile& file, VORN::FileHandle::ENUM_BY by) {
     return path.substr(0, path.find('/', by == VORN::FileHandle::ENUM_BY_VOLUME ? 1 : 0));
 }
 
-std::string MetricsText(Snapshot& snapshot, const Options& options, double seconds) {
+std::string MetricsText(Snapshot& snapshot, const Question& question, double seconds) {
     std::string out;
-    AppendFiles(out, snapshot, options);
+    AppendFiles(out, snapshot, question);
     AppendGauge(out, "vorn_openfiles_deleted_files",
                 "Files that have been deleted and still take their space, as they are open.");
     fmt::format_to(std::back_inserter(out), "vorn_openfiles_deleted_files {}\n",

@@ -9,7 +9,6 @@
 #include <string>
 #include <string_view>
 
-#include "cli/options/options.h"
 #include "cli/question/snapshot.h"
 
 namespace cli {
@@ -24,14 +23,7 @@ void AppendLabelValue(std::string& out, std::string_view text);
 std::string PlaceOf(OpenedFile& file, VORN::FileHandle::ENUM_BY by);
 
 /** @param seconds  how long the enumeration took */
-std::string MetricsText(Snapshot& snapshot, const Options& options, double seconds);
-
-/**
- * Puts a text in a file's place in one step: readers find the old file or the new one, whole.
- *
- * @throws Failure
- */
-void ReplaceFile(const std::string& path, std::string_view text);
+std::string MetricsText(Snapshot& snapshot, const Question& question, double seconds);
 
 }  // namespace cli
 

@@ -61,7 +61,7 @@ int CheckCommand(const Options& options, Gate& gate) {
         return finding.state == State::kMissing;
     });
     Output output(STDOUT_FILENO);
-    if (options.format == Format::kJson) {
+    if (options.presentation.format == Format::kJson) {
         AppendJson(output.Text(), findings, ready);
     } else {
         AppendPlain(output.Text(), findings, DescribeTerminal(STDOUT_FILENO).utf8);

@@ -6,15 +6,14 @@
  * The commands. Each returns the exit status and throws Failure where that would be kFailed.
  */
 
+#include "cli/failure.h"
 #include "cli/options/options.h"
 #include "cli/process/gate.h"
 
 namespace cli {
 
-enum ExitStatus { kFound = 0, kNothingFound = 1, kFailed = 2 };
-
 int ListCommand(const Options& options, Gate& gate);
-/** The list again and again, until a signal or the reader's end. */
+/** The list again and again, until the supervisor ends it or the reader has gone. */
 int WatchCommand(const Options& options, Gate& gate);
 int ServicesCommand(const Options& options);
 /** kNothingFound when something is missing that a full answer takes. */

@@ -12,7 +12,7 @@ int ServicesCommand(const Options& options) {
     std::list<std::string> services;
     VORN::FileHandle::GetKickableServiceList(services);
     Output output(STDOUT_FILENO);
-    if (options.format == Format::kJson) {
+    if (options.presentation.format == Format::kJson) {
         output.Text() += '[';
         const char* separator = "";
         for (const std::string& service : services) {

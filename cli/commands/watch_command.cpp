@@ -3,14 +3,16 @@
 
 #include <chrono>
 #include <csignal>
-#include <memory>
+#include <optional>
 #include <string>
 
-#include "cli/answer/watch.h"
+#include "cli/answer/event_log.h"
+#include "cli/answer/screen.h"
 #include "cli/commands/commands.h"
 #include "cli/process/output.h"
 #include "cli/process/signals.h"
 #include "cli/process/terminal.h"
+#include "cli/question/changes.h"
 
 namespace cli {
 namespace {
@@ -33,7 +35,7 @@ Wake WaitUntil(Clock::time_point next, const Signals& signals) {
         if (number == SIGWINCH) {
             return Wake::kResize;
         }
-        if (number != 0) {
+        if (number == SIGTERM) {
             return Wake::kEnd;
         }
         if (left.count() <= 0) {
@@ -56,51 +58,86 @@ void Warn(const Snapshot& snapshot, const Options& options) {
     Complain("incomplete: " + snapshot.incompleteReason);
 }
 
-/** A screen shows its notice itself. */
-void ComplainOfNews(const std::string& notice, std::string& said) {
-    if (!notice.empty() && notice != said) {
-        Complain(notice);
-        said = notice;
+/** Looks again and again, and shows each look. */
+class Watch {
+public:
+    Watch(const Options& options, Gate& gate)
+        : options_(options),
+          gate_(gate),
+          onScreen_(options.presentation.format == Format::kTable) {}
+
+    int Run() {
+        if (onScreen_ && !DescribeTerminal(STDOUT_FILENO).isTerminal) {
+            throw Failure("--watch draws its table on a terminal; use --format jsonl elsewhere");
+        }
+        Look();
+        Warn(snapshot_, options_);
+        said_ = snapshot_.notice;
+        std::optional<Gate::Screen> screen;
+        if (onScreen_) {
+            screen.emplace(gate_);
+        }
+        while (ShowUntilNext() == Wake::kTime && !output_.IsClosed()) {
+            Look();
+        }
+        return everFound_ ? kFound : kNothingFound;
     }
-}
+
+private:
+    void Look() {
+        next_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                   std::chrono::duration<double>(*options_.watchSeconds));
+        snapshot_ = TakeSnapshot(options_.question, gate_);
+        if (!snapshot_.files.empty()) {
+            everFound_ = true;
+            gate_.TellFound();
+        }
+    }
+
+    /** Shows the look, on a screen anew whenever its size changes. */
+    Wake ShowUntilNext() {
+        const Changes changes = last_.Compare(snapshot_);
+        if (!onScreen_) {
+            WriteEvents(changes, options_.question.time, output_);
+            TellNews();
+        }
+        Wake wake = Wake::kResize;
+        while (wake == Wake::kResize && !output_.IsClosed()) {
+            if (onScreen_) {
+                DrawLook(snapshot_, changes, options_.question, options_.presentation,
+                         *options_.watchSeconds, DescribeTerminal(STDOUT_FILENO), output_);
+            }
+            wake = WaitUntil(next_, signals_);
+        }
+        return wake;
+    }
+
+    /** A screen shows the notice itself. */
+    void TellNews() {
+        if (!snapshot_.notice.empty() && snapshot_.notice != said_) {
+            Complain(snapshot_.notice);
+            said_ = snapshot_.notice;
+        }
+    }
+
+    const Options& options_;
+    Gate& gate_;
+    const bool onScreen_;
+    // The supervisor ends the watch, by SIGTERM. What else a terminal sends to both processes is kept
+    // from ending or stopping this one.
+    const Signals signals_{SIGTERM, SIGWINCH, SIGINT, SIGHUP, SIGTSTP};
+    Output output_{STDOUT_FILENO};
+    LastLook last_;
+    Snapshot snapshot_;
+    Clock::time_point next_;
+    std::string said_;
+    bool everFound_ = false;
+};
 
 }  // namespace
 
 int WatchCommand(const Options& options, Gate& gate) {
-    const bool onScreen = options.format == Format::kTable;
-    if (onScreen && !DescribeTerminal(STDOUT_FILENO).isTerminal) {
-        throw Failure("--watch draws its table on a terminal; use --format jsonl elsewhere");
-    }
-    const Signals signals({SIGINT, SIGTERM, SIGHUP, SIGWINCH});
-    const auto interval = std::chrono::duration_cast<Clock::duration>(
-        std::chrono::duration<double>(*options.watchSeconds));
-    Output output(STDOUT_FILENO);
-    Watch watch;
-    Snapshot snapshot = TakeSnapshot(options, gate);
-    Warn(snapshot, options);
-    std::string said = snapshot.notice;
-    const auto screen = onScreen ? std::make_unique<Screen>(output) : nullptr;
-    bool everFound = false;
-    for (;;) {
-        const auto next = Clock::now() + interval;
-        const Changes changes = watch.Compare(snapshot);
-        everFound = everFound || !snapshot.files.empty();
-        Wake wake = Wake::kResize;
-        if (!onScreen) {
-            AppendEvents(output, changes, options);
-            ComplainOfNews(snapshot.notice, said);
-        }
-        while (wake == Wake::kResize && !output.IsClosed()) {
-            if (onScreen) {
-                screen->Draw(snapshot, changes, options, DescribeTerminal(STDOUT_FILENO));
-            }
-            wake = WaitUntil(next, signals);
-        }
-        if (wake != Wake::kTime || output.IsClosed()) {
-            return everFound ? kFound : kNothingFound;
-        }
-        snapshot = TakeSnapshot(options, gate);
-    }
+    return Watch(options, gate).Run();
 }
 
 }  // namespace cli

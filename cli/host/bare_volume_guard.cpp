@@ -6,56 +6,40 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 #include <iterator>
 #include <optional>
 
+#include "support/numbers.h"
+#include "support/text.h"
+
 namespace cli {
 namespace {
 
-VolumeGuard* guard = nullptr;
-
-/** Takes a text off the front. */
-bool Take(std::string_view& text, std::string_view front) {
-    if (text.substr(0, front.size()) != front) {
-        return false;
-    }
-    text.remove_prefix(front.size());
-    return true;
-}
-
-std::optional<int> TakeNumber(std::string_view& text) {
-    int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || number < 0) {
-        return std::nullopt;
-    }
-    text.remove_prefix(static_cast<size_t>(end - text.data()));
-    return number;
-}
+BareVolumeGuard* guard = nullptr;
 
 /** The pid in "/proc/<pid>/fd/<n>"; nothing for another link. */
 std::optional<int> PidOf(std::string_view link) {
-    if (!Take(link, "/proc/")) {
+    if (!support::ConsumePrefix(link, "/proc/")) {
         return std::nullopt;
     }
-    const std::optional<int> pid = TakeNumber(link);
-    const bool isDescriptor = pid && Take(link, "/fd/") && TakeNumber(link) && link.empty();
-    return isDescriptor ? pid : std::nullopt;
+    const auto pid = support::TakeNumber<unsigned>(link);
+    const bool isDescriptor =
+        pid && support::ConsumePrefix(link, "/fd/") && support::ParseNumber<unsigned>(link);
+    return isDescriptor ? std::optional<int>(*pid) : std::nullopt;
 }
 
 }  // namespace
 
-VolumeGuard::VolumeGuard() {
+BareVolumeGuard::BareVolumeGuard() {
     guard = this;
 }
 
-VolumeGuard::~VolumeGuard() {
+BareVolumeGuard::~BareVolumeGuard() {
     guard = nullptr;
 }
 
-std::string VolumeGuard::Notice() const {
+std::string BareVolumeGuard::Notice() const {
     if (pids_.empty()) {
         return {};
     }
@@ -68,7 +52,7 @@ std::string VolumeGuard::Notice() const {
         pids_.size() > kShown ? fmt::format(" and {} more", pids_.size() - kShown) : "");
 }
 
-bool VolumeGuard::KeepsBack(std::string_view link, std::string_view target) {
+bool BareVolumeGuard::KeepsBack(std::string_view link, std::string_view target) {
     if (target != "/volume") {
         return false;
     }

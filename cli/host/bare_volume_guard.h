@@ -19,12 +19,12 @@
 namespace cli {
 
 /** One at a time, in a program with one thread. */
-class VolumeGuard {
+class BareVolumeGuard {
 public:
-    VolumeGuard();
-    ~VolumeGuard();
-    VolumeGuard(const VolumeGuard&) = delete;
-    VolumeGuard& operator=(const VolumeGuard&) = delete;
+    BareVolumeGuard();
+    ~BareVolumeGuard();
+    BareVolumeGuard(const BareVolumeGuard&) = delete;
+    BareVolumeGuard& operator=(const BareVolumeGuard&) = delete;
 
     /** What the user should know; empty when nothing was kept from the library. */
     std::string Notice() const;

@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <filesystem>
+
+#include "support/folder.h"
+#include "support/text.h"
 
 namespace cli {
 namespace {
@@ -18,9 +20,8 @@ bool IsMarked(std::string_view path) {
 }  // namespace
 
 std::string_view WithoutDeletedMark(std::string_view path) {
-    if (path.size() > kDeletedMark.size() &&
-        path.substr(path.size() - kDeletedMark.size()) == kDeletedMark) {
-        path.remove_suffix(kDeletedMark.size());
+    if (path.size() > kDeletedMark.size()) {
+        support::ConsumeSuffix(path, kDeletedMark);
     }
     return path;
 }
@@ -44,20 +45,23 @@ const DeletedFiles::Targets& DeletedFiles::MarkedTargets(const std::string& pid)
     if (!isNew) {
         return entry->second;
     }
-    std::error_code error;
-    std::filesystem::directory_iterator descriptors("/proc/" + pid + "/fd", error);
-    std::array<char, PATH_MAX> buffer{};
-    for (; !error && descriptors != std::filesystem::directory_iterator();
-         descriptors.increment(error)) {
-        const char* link = descriptors->path().c_str();
-        const ssize_t length = readlink(link, buffer.data(), buffer.size());
-        struct stat held {};
-        if (length > 0 && IsMarked({buffer.data(), static_cast<size_t>(length)}) &&
-            stat(link, &held) == 0) {
-            entry->second.emplace(std::string(buffer.data(), static_cast<size_t>(length)),
-                                  Inode(held.st_dev, held.st_ino));
-        }
+    const support::Descriptor folder = support::OpenFolder(("/proc/" + pid + "/fd").c_str());
+    if (!folder) {
+        return entry->second;
     }
+    std::array<char, PATH_MAX> target{};
+    // A process that ends meanwhile leaves what was seen until then.
+    support::VisitFolder(folder.Get(), [&, &targets = entry->second](const dirent64& descriptor) {
+        const ssize_t length =
+            readlinkat(folder.Get(), descriptor.d_name, target.data(), target.size());
+        struct stat held {};
+        if (length > 0 && IsMarked({target.data(), static_cast<size_t>(length)}) &&
+            fstatat(folder.Get(), descriptor.d_name, &held, 0) == 0) {
+            targets.emplace(std::string(target.data(), static_cast<size_t>(length)),
+                            Inode(held.st_dev, held.st_ino));
+        }
+        return true;
+    });
     return entry->second;
 }
 

@@ -6,13 +6,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <sstream>
 
+#include "cli/host/host_file.h"
 #include "cli/host/rights.h"
 #include "cli/host/volumes.h"
+#include "support/folder.h"
+#include "support/owner.h"
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
@@ -39,10 +38,7 @@ Finding ExamineRights() {
 }
 
 Finding ExamineControlGroups() {
-    std::ifstream file("/proc/self/cgroup");
-    std::ostringstream text;
-    text << file.rdbuf();
-    if (HasSystemdHierarchy(text.str())) {
+    if (HasSystemdHierarchy(ReadHostFile("/proc/self/cgroup"))) {
         return {"control groups", State::kOk, "the hierarchy name=systemd is mounted", ""};
     }
     return {"control groups", State::kMissing,
@@ -62,10 +58,6 @@ Finding ExamineVolumes() {
 
 /** The shares that the library asks for. */
 constexpr int kEveryShare = 0x7F0F;
-
-struct StringListFree {
-    void operator()(KLIBC_SZLIST* list) const { KLIBCSzListFree(list); }
-};
 
 bool IsExecutable(const char* path) {
     return access(path, X_OK) == 0;
@@ -93,18 +85,20 @@ std::string ShareSources() {
 
 /** Unit files below a folder whose section X-Vornalis names them. */
 size_t CountNamedUnits(const char* folder) {
-    std::error_code error;
     size_t named = 0;
-    std::filesystem::directory_iterator entry(folder, error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const support::Descriptor opened = support::OpenFolder(folder);
+    if (!opened) {
+        return named;
+    }
+    support::VisitFolder(opened.Get(), [&](const dirent64& entry) {
         std::array<char, 1024> value{};
-        const std::string path = entry->path().string();
-        if (entry->is_regular_file(error) &&
-            KLIBCFileGetSectionValue(path.c_str(), "X-Vornalis", "Name", value.data(),
+        const std::string path = std::string(folder) + '/' + entry.d_name;
+        if (KLIBCFileGetSectionValue(path.c_str(), "X-Vornalis", "Name", value.data(),
                                      static_cast<int>(value.size())) == 0) {
             ++named;
         }
-    }
+        return true;
+    });
     return named;
 }
 
@@ -145,7 +139,7 @@ Finding ExamineSmb() {
 Finding ExamineShares() {
     KLIBC_SZLIST* list = KLIBCSzListAlloc(0);
     const int shares = VORNShareEnum(&list, kEveryShare);
-    const std::unique_ptr<KLIBC_SZLIST, StringListFree> owner(list);
+    const support::Owner<KLIBC_SZLIST, KLIBCSzListFree> owner(list);
     if (shares < 0) {
         return {"shares", State::kMissing,
                 fmt::format("shares can't be listed (error 0x{:04X})", KLIBCErrGet()),
@@ -193,7 +187,7 @@ Finding ExamineTexts() {
 std::vector<Finding> ExamineConnections() {
     VORN_CURCONN* connections = nullptr;
     const int count = VORNCurConnGet(&connections);
-    const std::unique_ptr<VORN_CURCONN, decltype(&std::free)> owner(connections, std::free);
+    const support::Owner<VORN_CURCONN, std::free> owner(connections);
     if (count < 0) {
         return {{"sockets", State::kMissing,
                  fmt::format("client connections can't be listed (error 0x{:04X})", KLIBCErrGet()),

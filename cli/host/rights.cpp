@@ -6,9 +6,10 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
+
+#include "cli/host/host_file.h"
+#include "support/numbers.h"
+#include "support/text.h"
 
 namespace cli {
 
@@ -19,17 +20,14 @@ Rights ParseRights(std::string_view status) {
     if (at == std::string_view::npos) {
         return {};
     }
-    const std::string digits(status.substr(at + kKey.size(), 32));
-    const uint64_t mask = std::strtoull(digits.c_str(), nullptr, 16);
+    std::string_view digits = support::TrimLeft(status.substr(at + kKey.size()));
+    const uint64_t mask = support::TakeNumber<uint64_t>(digits, 16).value_or(0);
     const auto has = [&](unsigned capability) { return (mask >> capability & 1) != 0; };
     return {has(CAP_SYS_PTRACE), has(CAP_DAC_READ_SEARCH) || has(CAP_DAC_OVERRIDE)};
 }
 
 Rights OwnRights() {
-    std::ifstream file("/proc/self/status");
-    std::ostringstream text;
-    text << file.rdbuf();
-    return ParseRights(text.str());
+    return ParseRights(ReadHostFile("/proc/self/status"));
 }
 
 std::string MissingRights(const Rights& rights) {

@@ -5,9 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "cli/question/selection.h"
-#include "cli/question/snapshot.h"
 #include "cli/text/escape.h"
+#include "support/text.h"
 #include "vorn/platform/volume.h"
 
 namespace cli {
@@ -27,7 +26,10 @@ std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
     std::vector<std::string> resolved;
     for (const std::string& path : paths) {
         std::error_code error;
-        std::string real = std::filesystem::weakly_canonical(path, error).string();
+        // Absolute first: what doesn't exist would stay relative.
+        const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+        std::string real =
+            error ? "" : std::filesystem::weakly_canonical(absolute, error).string();
         if (error || real.empty()) {
             throw Failure(fmt::format("can't resolve '{}': {}", Escaped(path, true),
                                       error ? error.message() : "it is empty"));
@@ -35,10 +37,11 @@ std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
         if (real.size() > 1 && real.back() == '/') {
             real.pop_back();
         }
-        if (std::none_of(volumes.begin(), volumes.end(),
-                         [&](const std::string& volume) { return IsAtOrBelow(real, volume); })) {
-            throw Failure(fmt::format("'{}' is on no volume; the volumes are: {}",
-                                      Escaped(real, true), fmt::join(volumes, ", ")));
+        if (std::none_of(volumes.begin(), volumes.end(), [&](const std::string& volume) {
+                return support::IsAtOrBelow(real, volume);
+            })) {
+            throw PathElsewhere(fmt::format("'{}' is on no volume; the volumes are: {}",
+                                            Escaped(real, true), fmt::join(volumes, ", ")));
         }
         resolved.push_back(std::move(real));
     }

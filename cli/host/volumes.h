@@ -4,7 +4,15 @@
 #include <string>
 #include <vector>
 
+#include "cli/failure.h"
+
 namespace cli {
+
+/** A PATH that is on no volume. */
+class PathElsewhere : public Failure {
+public:
+    using Failure::Failure;
+};
 
 /** Mount points of the data volumes, from the platform. Empty when there is none. */
 std::vector<std::string> MountedVolumes();
@@ -13,7 +21,7 @@ std::vector<std::string> MountedVolumes();
  * PATHs as the kernel names them: absolute, without links, "." and "..". What doesn't exist any
  * more is resolved as far as it does: its deleted files may still be open.
  *
- * @throws Failure for a path that is on no volume
+ * @throws PathElsewhere for a path that is on no volume, Failure for one that can't be resolved
  */
 std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
                                        const std::vector<std::string>& volumes);

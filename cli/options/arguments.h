@@ -6,19 +6,12 @@
  * The command line as options.
  */
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "cli/options/options.h"
 
 namespace cli {
-
-/** The command line can't be meant as it is; the text says why and what to write instead. */
-class UsageError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /**
  * @param arguments  without the program's name; a command may come first, "list" is the default.
@@ -27,10 +20,10 @@ public:
  */
 Options ParseArguments(std::vector<std::string> arguments);
 
-/** Names of a command's options, such as "--by" and "-q", for tests and suggestions. */
+/** Names of a command's options, such as "--by" and "-q". */
 std::vector<std::string> OptionNames(Command command);
 
-/** Names of the commands, "list" among them. */
+/** Names of the commands in the order of Command. */
 const std::vector<std::string>& CommandNames();
 
 }  // namespace cli

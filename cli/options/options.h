@@ -6,50 +6,33 @@
  * What the command line asks for.
  */
 
-#include <cstddef>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include "cli/question/columns.h"
-#include "cli/question/selection.h"
+#include "cli/answer/presentation.h"
+#include "cli/question/question.h"
 
 namespace cli {
 
 enum class Command { kList, kServices, kCheck, kMetrics };
-
-enum class Format { kTable, kJson, kJsonl, kCsv, kPrint0, kPids };
 
 struct Options {
     Command command = Command::kList;
     bool help = false;
     bool version = false;
 
-    VORN::FileHandle::ENUM_BY by = VORN::FileHandle::ENUM_BY_SHARE;
-    bool time = false;
-    Selection selection;
-
-    std::optional<Column> sort;
-    bool reverse = false;
-    std::optional<size_t> limit;
-
-    Format format = Format::kTable;
-    Column print0Column = Column::kFullPath;
-    std::vector<Column> columns; /**< empty: the format's own */
-    bool header = true;
-    std::vector<Column> countBy;
+    Question question;
+    Presentation presentation;
+    bool formatGiven = false;
 
     std::optional<double> watchSeconds;
     std::optional<double> timeoutSeconds;
     bool quiet = false;
     bool strict = false;
-    std::string outputFile; /**< metrics: empty for standard output */
+    std::string outputFile; /**< metrics: empty or "-" for standard output */
+    /** " (did you mean ...)" where the first PATH may have been meant for a command. */
+    std::string commandHint;
 };
-
-/** "share" or "volume". */
-inline const char* ByName(const Options& options) {
-    return options.by == VORN::FileHandle::ENUM_BY_SHARE ? "share" : "volume";
-}
 
 }  // namespace cli
 

@@ -1,12 +1,13 @@
 #include "cli/options/usage.h"
 
 namespace cli {
+namespace {
 
-std::string_view HelpText() {
-    return R"(Usage: vorn-openfiles [list] [OPTION...] [--] [PATH...]
+constexpr std::string_view kList = R"(Usage: vorn-openfiles [list] [OPTION...] [--] [PATH...]
        vorn-openfiles services [--json]
        vorn-openfiles check [--json] [--timeout N]
        vorn-openfiles metrics [--by share|volume] [--output FILE] [--timeout N]
+       vorn-openfiles help [COMMAND]
 
 Lists the files that processes hold open on the data volumes: by which service,
 for which user and from which host. With PATHs, only what is at or below them.
@@ -26,7 +27,7 @@ Output: --format table|json|jsonl|csv, --json
         -q, --quiet         no output, the exit status tells
 Limits: --strict            fail when processes can't be seen
         --timeout SECONDS   give up on a volume that doesn't answer
-        -h, --help, --version
+        -h, --help, -V, --version
 
 Conditions: any of one column's, but all of the columns' must hold. Columns:
 service pid user host path filename time full_path hidden folder deleted
@@ -42,6 +43,67 @@ Examples:
   vorn-openfiles --count-by service               top services
   vorn-openfiles --watch --format jsonl | jq .    log of what opens and closes
 )";
+
+constexpr std::string_view kServices = R"(Usage: vorn-openfiles services [--json]
+
+Lists the services that can be asked to disconnect their clients, by the names
+that their control groups have.
+
+        --json              a list of texts
+        -h, --help, -V, --version
+
+Exit status: 0 found, 1 there is none, 2 wrong use or failed.
+
+Example:
+  vorn-openfiles services
+)";
+
+constexpr std::string_view kCheck = R"(Usage: vorn-openfiles check [--json] [--timeout SECONDS]
+
+Tells whether this host can answer in full, and what to do where it can't: rights,
+control groups, volumes, shares, unit files, texts, and what tells clients.
+
+        --json              a document, each finding with its state
+        --timeout SECONDS   give up on a volume that doesn't answer
+        -h, --help, -V, --version
+
+Exit status: 0 in full, 1 something is missing, 2 wrong use or failed.
+
+Example:
+  vorn-openfiles check || mail -s 'open files: something is missing' root
+)";
+
+constexpr std::string_view kMetrics =
+    R"(Usage: vorn-openfiles metrics [--by share|volume] [--output FILE] [--timeout N]
+
+Counts the open files by share, service and user in the text format of Prometheus.
+
+        --by share|volume   under shares (default) or anywhere on volumes
+        --output FILE       put them in the place of FILE in one step; a FIFO or a
+                            device is written to, - is standard output
+        --timeout SECONDS   give up on a volume that doesn't answer
+        -h, --help, -V, --version
+
+Exit status: 0 done, 2 wrong use or failed.
+
+Example:
+  vorn-openfiles metrics --output /var/lib/prometheus/node-exporter/vorn_openfiles.prom
+)";
+
+}  // namespace
+
+std::string_view HelpText(Command command) {
+    switch (command) {
+        case Command::kServices:
+            return kServices;
+        case Command::kCheck:
+            return kCheck;
+        case Command::kMetrics:
+            return kMetrics;
+        case Command::kList:
+            break;
+    }
+    return kList;
 }
 
 std::string_view VersionText() {

@@ -3,10 +3,12 @@
 
 #include <string_view>
 
+#include "cli/options/options.h"
+
 namespace cli {
 
-/** What --help prints: a screen of it, examples at the end. */
-std::string_view HelpText();
+/** What a command's --help prints: a screen of it, examples at the end. */
+std::string_view HelpText(Command command);
 /** What --version prints. */
 std::string_view VersionText();
 

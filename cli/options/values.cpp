@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 
-#include "cli/options/arguments.h"
-#include "cli/options/suggest.h"
+#include "cli/failure.h"
 #include "cli/text/escape.h"
+#include "cli/text/suggest.h"
+#include "support/numbers.h"
 
 namespace cli {
 namespace {
@@ -100,10 +100,8 @@ Condition ParseCondition(const std::string& option, const std::string& text, boo
 }
 
 size_t ParseLimit(const std::string& text) {
-    size_t limit = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, limit);
-    if (result.ec != std::errc() || result.ptr != end || limit == 0) {
+    const size_t limit = support::ParseNumber<size_t>(text).value_or(0);
+    if (limit == 0) {
         throw UsageError(
             fmt::format("--limit takes a number from 1 up, not '{}'", Escaped(text, true)));
     }
@@ -115,11 +113,8 @@ bool LooksLikeNumber(const std::string& text) {
 }
 
 double ParseSeconds(const std::string& option, const std::string& text) {
-    double seconds = 0;
-    const char* end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, seconds);
-    if (!LooksLikeNumber(text) || result.ec != std::errc() || result.ptr != end ||
-        seconds < kLeastSeconds || seconds > kMostSeconds) {
+    const double seconds = support::ParseNumber<double>(text).value_or(0);
+    if (!LooksLikeNumber(text) || seconds < kLeastSeconds || seconds > kMostSeconds) {
         throw UsageError(fmt::format("{} takes seconds from {} to {}, not '{}'", option,
                                      kLeastSeconds, kMostSeconds, Escaped(text, true)));
     }

@@ -3,28 +3,28 @@
 
 /**
  * @file
- * Work that may never come back, done by a process that can be given up.
+ * The worker's side of work that may never come back: a supervisor can give it up.
  */
-
-#include <functional>
 
 namespace cli {
 
 /**
- * Marks the part of the work that the time limit is about.
+ * Marks the part of the work in which a volume may keep the worker waiting for good.
  *
  * A worker that waits for a dead file system can't always be killed, and whoever reads its output
  * would wait for it to end. So inside the gate it holds none of its output: it gets standard
- * output and standard error from its parent, over a socket, each time that it leaves the gate.
+ * output and standard error from its supervisor, over a socket, each time that it leaves the gate.
+ *
+ * Without a supervisor the gate does nothing.
  */
 class Gate {
 public:
-    /** Without a time limit the gate does nothing. */
     Gate() = default;
     explicit Gate(int socket) : socket_(socket) {}
 
     class Inside {
     public:
+        /** Throws Failure. */
         explicit Inside(Gate& gate) : gate_(gate) { gate_.Enter(); }
         ~Inside() { gate_.Leave(); }
         Inside(const Inside&) = delete;
@@ -34,19 +34,29 @@ public:
         Gate& gate_;
     };
 
+    /** While it lives the supervisor keeps the terminal ready for drawing. */
+    class Screen {
+    public:
+        explicit Screen(Gate& gate);
+        ~Screen();
+        Screen(const Screen&) = delete;
+        Screen& operator=(const Screen&) = delete;
+
+    private:
+        Gate& gate_;
+    };
+
+    /** Tells the supervisor, who may have to end the work by itself, what its exit status is. */
+    void TellFound();
+
 private:
     void Enter();
     void Leave();
+    void Say(char byte) const;
 
     int socket_ = -1;
+    bool toldFound_ = false;
 };
-
-/**
- * Runs work in a child and returns its exit status. When the child stays inside the gate for
- * longer than the limit it is killed, the volumes that don't answer either are named on standard
- * error, and the result is kFailed.
- */
-int RunWithTimeout(double seconds, const std::function<int(Gate&)>& work);
 
 }  // namespace cli
 

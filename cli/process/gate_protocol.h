@@ -3,21 +3,25 @@
 
 /**
  * @file
- * What the worker and its parent say to each other, a byte a message.
+ * What the worker and its supervisor say to each other, a byte a message.
  */
 
 namespace cli {
 
-constexpr char kGateEntered = 'e'; /**< worker: holds no output any more, the time runs */
-constexpr char kGateLeft = 'l';    /**< worker: waits for its output */
-constexpr char kGateOpened = 'o';  /**< parent: here it is, as SCM_RIGHTS */
-constexpr int kGateLost = 2;       /**< exit status of a worker whose parent has gone */
+/** @name The worker's. @{ */
+constexpr char kGateEntered = 'e';  /**< holds no output any more, the time runs */
+constexpr char kGateLeft = 'l';     /**< waits for its output */
+constexpr char kGateFound = 'f';    /**< a look has found something, said once */
+constexpr char kScreenWanted = 's'; /**< waits for the terminal to be ready for drawing */
+constexpr char kScreenDone = 'd';   /**< waits for the terminal to be as it was */
+/** @} */
 
-/** Passes this process's standard output and standard error on. */
-void SendOutputs(int socket);
+/** @name The supervisor's. @{ */
+constexpr char kGateOpened = 'o'; /**< here are standard output and standard error, as SCM_RIGHTS */
+constexpr char kScreenSet = 'a';  /**< the terminal is as it was wanted */
+/** @} */
 
-/** Puts /dev/null in the place of standard output and standard error. */
-void DropOutputs();
+constexpr int kGateLost = 2; /**< exit status of a worker whose supervisor has gone */
 
 }  // namespace cli
 

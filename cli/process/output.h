@@ -2,6 +2,7 @@
 #define VORN_CLI_PROCESS_OUTPUT_H
 
 #include <string>
+#include <string_view>
 
 namespace cli {
 
@@ -13,6 +14,9 @@ namespace cli {
  */
 class Output {
 public:
+    /** Instead of a descriptor: the text is only collected. */
+    static constexpr int kNowhere = -1;
+
     /** The descriptor stays the caller's. SIGPIPE must be ignored. */
     explicit Output(int fd) : fd_(fd) {}
     Output(const Output&) = delete;
@@ -22,7 +26,7 @@ public:
     std::string& Text() { return text_; }
     /** After each record: writes once enough has been collected. */
     void EndRecord() {
-        if (text_.size() >= kEnough) {
+        if (text_.size() >= kEnough && fd_ != kNowhere) {
             Flush();
         }
     }
@@ -37,8 +41,11 @@ private:
     std::string text_;
 };
 
-/** One line on standard error, with the program's name. */
-void Complain(const std::string& text);
+/**
+ * One line on standard error, with the program's name. Where that can't be written nobody can be
+ * told, and the exit status alone has to say it.
+ */
+void Complain(std::string_view text) noexcept;
 
 }  // namespace cli
 

@@ -6,10 +6,11 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
+
+#include "support/numbers.h"
 
 namespace cli {
 namespace {
@@ -20,11 +21,8 @@ std::string_view Environment(const char* name) {
 }
 
 size_t PositiveOr(std::string_view text, size_t otherwise) {
-    size_t value = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    return result.ec == std::errc() && result.ptr == text.data() + text.size() && value > 0
-               ? value
-               : otherwise;
+    const size_t value = support::ParseNumber<size_t>(text).value_or(0);
+    return value > 0 ? value : otherwise;
 }
 
 /** The codeset that a locale's name carries, such as UTF-8 in "de_DE.UTF-8@euro". */
@@ -71,7 +69,8 @@ Terminal DescribeTerminal(int fd) {
     terminal.width = size.ws_col != 0 ? size.ws_col : PositiveOr(Environment("COLUMNS"), 80);
     terminal.height = size.ws_row != 0 ? size.ws_row : PositiveOr(Environment("LINES"), 24);
     const std::string_view type = Environment("TERM");
-    terminal.colour = Environment("NO_COLOR").empty() && !type.empty() && type != "dumb";
+    terminal.addressable = !type.empty() && type != "dumb";
+    terminal.colour = terminal.addressable && Environment("NO_COLOR").empty();
     return terminal;
 }
 

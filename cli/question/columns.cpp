@@ -24,16 +24,6 @@ std::string_view ColumnName(Column column) {
     return ColumnNames()[static_cast<size_t>(column)];
 }
 
-std::string ColumnHeading(Column column) {
-    std::string heading(ColumnName(column));
-    for (char& letter : heading) {
-        if (letter >= 'a' && letter <= 'z') {
-            letter = static_cast<char>(letter - 'a' + 'A');
-        }
-    }
-    return heading;
-}
-
 bool IsMember(Column column) {
     return column <= Column::kTime;
 }

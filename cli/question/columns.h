@@ -37,8 +37,6 @@ const std::vector<std::string>& ColumnNames();
 const std::vector<std::string>& SortColumnNames();
 
 std::string_view ColumnName(Column column);
-/** As a table has it above the column. */
-std::string ColumnHeading(Column column);
 
 /** Whether the library matches texts against it. */
 bool IsMember(Column column);

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "cli/host/deleted.h"
+#include "support/text.h"
 
 namespace cli {
 namespace {
@@ -39,19 +40,11 @@ bool FlagAllows(Flagged wanted, bool flag) {
 bool LiesInAny(const std::vector<std::string>& roots, const std::string& path, bool deleted) {
     const std::string_view named = deleted ? WithoutDeletedMark(path) : std::string_view(path);
     return std::any_of(roots.begin(), roots.end(), [&](const std::string& root) {
-        return IsAtOrBelow(named, root) || IsAtOrBelow(path, root);
+        return support::IsAtOrBelow(named, root) || support::IsAtOrBelow(path, root);
     });
 }
 
 }  // namespace
-
-bool IsAtOrBelow(std::string_view path, std::string_view root) {
-    if (root == "/") {
-        return true;
-    }
-    return path.substr(0, root.size()) == root &&
-           (path.size() == root.size() || path[root.size()] == '/');
-}
 
 bool IsSelected(const Selection& selection, OpenedFile& file, bool deleted) {
     return FlagAllows(selection.hidden, file.isHidden()) &&

@@ -7,7 +7,6 @@
  */
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "cli/question/columns.h"
@@ -37,9 +36,6 @@ struct Selection {
  * columns must all hold, and none of the negated ones may.
  */
 bool IsSelected(const Selection& selection, OpenedFile& file, bool deleted);
-
-/** Whether a path is another one or lies below it, by whole path elements. */
-bool IsAtOrBelow(std::string_view path, std::string_view root);
 
 }  // namespace cli
 

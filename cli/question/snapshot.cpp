@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "cli/failure.h"
 #include "cli/host/bare_volume_guard.h"
 #include "cli/host/deleted.h"
 #include "cli/host/rights.h"
@@ -15,7 +16,7 @@ namespace {
 constexpr const char* kNoTime = "-";
 
 void Enumerate(Snapshot& snapshot, VORN::FileHandle::ENUM_BY by) {
-    const VolumeGuard guard;
+    const BareVolumeGuard guard;
     // The identities are those of the caller: raising them is for set-user-id programs.
     if (VORN::FileHandle::EnumOpenedFile(snapshot.files, by) < 0) {
         throw Failure(
@@ -47,20 +48,20 @@ void AddTimes(std::list<OpenedFile>& files) {
     }
 }
 
-void Order(std::list<OpenedFile>& files, const Options& options) {
-    if (options.sort || options.reverse) {
-        const Column column = options.sort.value_or(Column::kPath);
+void Order(std::list<OpenedFile>& files, const Question& question) {
+    if (question.sort || question.reverse) {
+        const Column column = question.sort.value_or(Column::kPath);
         VORN::FileHandle::VORNSortOpenedFile(files, std::string(ColumnName(column)),
-                                             !options.reverse);
+                                             !question.reverse);
     }
 }
 
 /** Also leaves only the deleted records in the snapshot's set that are still listed. */
-void Select(Snapshot& snapshot, const Options& options, const Selection& selection) {
+void Select(Snapshot& snapshot, const Question& question, const Selection& selection) {
     DeletedFiles deletedFiles;
     for (auto file = snapshot.files.begin(); file != snapshot.files.end();) {
         const bool deleted = deletedFiles.Contains(file->getFullPath(), file->getPidStr());
-        if (deleted && options.time) {
+        if (deleted && question.time) {
             // A time would be that of another file, one that is really named so.
             file->setTime(kNoTime);
         }
@@ -77,23 +78,23 @@ void Select(Snapshot& snapshot, const Options& options, const Selection& selecti
 
 }  // namespace
 
-Snapshot TakeSnapshot(const Options& options, Gate& gate) {
+Snapshot TakeSnapshot(const Question& question, Gate& gate) {
     const Gate::Inside inside(gate);
     const std::vector<std::string> volumes = MountedVolumes();
     if (volumes.empty()) {
         throw Failure(
             "no data volume is mounted: volumes are file systems on /volume1, /volume2 and so on");
     }
-    Selection selection = options.selection;
+    Selection selection = question.selection;
     selection.paths = ResolvedPaths(selection.paths, volumes);
     Snapshot snapshot;
     snapshot.incompleteReason = MissingRights(OwnRights());
-    Enumerate(snapshot, options.by);
-    if (options.time) {
+    Enumerate(snapshot, question.by);
+    if (question.time) {
         AddTimes(snapshot.files);
     }
-    Order(snapshot.files, options);
-    Select(snapshot, options, selection);
+    Order(snapshot.files, question);
+    Select(snapshot, question, selection);
     return snapshot;
 }
 

@@ -7,21 +7,13 @@
  */
 
 #include <list>
-#include <stdexcept>
 #include <string>
 #include <unordered_set>
 
-#include "cli/options/options.h"
 #include "cli/process/gate.h"
-#include "cli/question/columns.h"
+#include "cli/question/question.h"
 
 namespace cli {
-
-/** Why the command ends with status 2; the text is shown as it is. */
-class Failure : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 struct Snapshot {
     std::list<OpenedFile> files;
@@ -41,7 +33,7 @@ struct Snapshot {
  *
  * @throws Failure when there is no answer
  */
-Snapshot TakeSnapshot(const Options& options, Gate& gate);
+Snapshot TakeSnapshot(const Question& question, Gate& gate);
 
 }  // namespace cli
 

@@ -4,8 +4,9 @@
 #include <utf8proc.h>
 
 #include <algorithm>
-#include <charconv>
 #include <iterator>
+
+#include "support/numbers.h"
 
 namespace cli {
 namespace {
@@ -54,9 +55,7 @@ void AppendByte(std::string& out, char byte) {
 
 /** Value of hexadecimal digits that fill the text; negative for any other text. */
 int32_t HexValue(std::string_view digits) {
-    int32_t value = -1;
-    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
-    return result.ec == std::errc() && result.ptr == digits.data() + digits.size() ? value : -1;
+    return support::ParseNumber<int32_t>(digits, 16).value_or(-1);
 }
 
 /** Bytes of the escape that a text begins with; 0 when it begins with none. */

@@ -33,12 +33,6 @@ void AppendCharacter(std::string& out, int32_t codepoint, std::string_view bytes
     }
 }
 
-void AppendFlag(std::string& out, std::string_view key, bool value) {
-    out += ",\"";
-    out += key;
-    out += value ? "\":true" : "\":false";
-}
-
 }  // namespace
 
 std::string Base64(std::string_view bytes) {
@@ -95,24 +89,6 @@ void AppendJsonMember(std::string& out, std::string_view key, std::string_view t
         out += Base64(text);
         out += '"';
     }
-}
-
-void AppendJsonFile(std::string& out, OpenedFile& file, bool deleted, bool withTime) {
-    out += '{';
-    for (const auto& [member, key] : OpenedFile::mapJsonColumn) {
-        AppendJsonMember(out, key, ColumnText(file, static_cast<Column>(member), deleted));
-        out += ',';
-    }
-    AppendJsonMember(out, "full_path", file.getFullPath());
-    out += ",\"hidden\":";
-    out += file.isHidden() ? '1' : '0';
-    AppendFlag(out, "folder", file.isFolder());
-    AppendFlag(out, "deleted", deleted);
-    if (withTime) {
-        out += ',';
-        AppendJsonMember(out, "time", file.getTime());
-    }
-    out += '}';
 }
 
 void AppendJsonPreamble(std::string& out, std::string_view by, std::string_view incompleteReason) {

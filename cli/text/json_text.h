@@ -10,8 +10,6 @@
 #include <string>
 #include <string_view>
 
-#include "cli/question/columns.h"
-
 namespace cli {
 
 constexpr int kJsonSchema = 1;
@@ -28,9 +26,6 @@ bool AppendJsonText(std::string& out, std::string_view text);
 
 /** Appends "key":"text" and, for a text that isn't UTF-8, a comma and "key_b64":"base64". */
 void AppendJsonMember(std::string& out, std::string_view key, std::string_view text);
-
-/** Appends a record: the members of OpenedFile::toJson, full_path, folder and deleted. */
-void AppendJsonFile(std::string& out, OpenedFile& file, bool deleted, bool withTime);
 
 /**
  * Appends the members that every document begins with, behind its opening brace:

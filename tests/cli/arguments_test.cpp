@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "cli/failure.h"
 #include "cli/options/usage.h"
 #include "cli/options/values.h"
 
@@ -25,48 +26,64 @@ TEST(Arguments, MeanWhatTheySay) {
         {{}, [](const Options& o) { return o.command == cli::Command::kList; }},
         {{"list"}, [](const Options& o) { return o.command == cli::Command::kList; }},
         {{"services"}, [](const Options& o) { return o.command == cli::Command::kServices; }},
-        {{"check", "--json"}, [](const Options& o) { return o.format == Format::kJson; }},
+        {{"check", "--json"},
+         [](const Options& o) { return o.presentation.format == Format::kJson; }},
         {{"check", "--timeout", "0.5"}, [](const Options& o) { return o.timeoutSeconds == 0.5; }},
-        {{"--by", "volume"}, [](const Options& o) { return o.by == 1; }},
-        {{"--by=volume"}, [](const Options& o) { return o.by == 1; }},
+        {{"--by", "volume"}, [](const Options& o) { return o.question.by == 1; }},
+        {{"--by=volume"}, [](const Options& o) { return o.question.by == 1; }},
         {{"--sort", "pid", "--reverse"},
-         [](const Options& o) { return o.sort == Column::kPid && o.reverse; }},
-        {{"--json"}, [](const Options& o) { return o.format == Format::kJson; }},
+         [](const Options& o) { return o.question.sort == Column::kPid && o.question.reverse; }},
+        {{"--json"}, [](const Options& o) { return o.presentation.format == Format::kJson; }},
         {{"--json", "--format", "json"},
-         [](const Options& o) { return o.format == Format::kJson; }},
+         [](const Options& o) { return o.presentation.format == Format::kJson; }},
         {{"--where", "user=a=b"},
-         [](const Options& o) { return o.selection.conditions.at(0).text == "a=b"; }},
+         [](const Options& o) { return o.question.selection.conditions.at(0).text == "a=b"; }},
         {{"--match", "path=[x,y]", "--where", "host=-"},
          [](const Options& o) {
-             return o.selection.conditions.at(1).text == "[x,y]" &&
-                    o.selection.conditions.at(0).text == "-";
+             return o.question.selection.conditions.at(1).text == "[x,y]" &&
+                    o.question.selection.conditions.at(0).text == "-";
          }},
         {{"--not-match", "user=bob"},
          [](const Options& o) {
-             const auto& each = o.selection.conditions.at(0);
+             const auto& each = o.question.selection.conditions.at(0);
              return each.negated && each.contains;
          }},
-        {{"--match", "time=2024"}, [](const Options& o) { return o.time; }},
+        {{"--match", "time=2024"}, [](const Options& o) { return o.question.time; }},
         {{"--columns", "path,time"},
          [](const Options& o) {
-             return o.time && o.columns == std::vector<Column>{Column::kPath, Column::kTime};
+             return o.question.time &&
+                    o.presentation.columns == std::vector<Column>{Column::kPath, Column::kTime};
          }},
         {{"/volume1/[a]", "b", "--", "-q", "--"},
          [](const Options& o) {
-             return o.selection.paths == Words{"/volume1/[a]", "b", "-q", "--"} && !o.quiet;
+             return o.question.selection.paths == Words{"/volume1/[a]", "b", "-q", "--"} &&
+                    !o.quiet;
          }},
         {{"--watch"}, [](const Options& o) { return o.watchSeconds == 2; }},
         {{"--watch", "0.5"}, [](const Options& o) { return o.watchSeconds == 0.5; }},
         {{"--watch", "/volume1"},
-         [](const Options& o) { return o.watchSeconds == 2 && o.selection.paths.size() == 1; }},
+         [](const Options& o) {
+             return o.watchSeconds == 2 && o.question.selection.paths.size() == 1;
+         }},
         {{"--watch=5", "7"},
-         [](const Options& o) { return o.watchSeconds == 5 && o.selection.paths == Words{"7"}; }},
-        {{"--print0", "path"}, [](const Options& o) { return o.print0Column == Column::kPath; }},
+         [](const Options& o) {
+             return o.watchSeconds == 5 && o.question.selection.paths == Words{"7"};
+         }},
+        {{"--print0", "path"},
+         [](const Options& o) { return o.presentation.print0Column == Column::kPath; }},
         {{"-q", "--strict"}, [](const Options& o) { return o.quiet && o.strict; }},
-        {{"--limit", "3"}, [](const Options& o) { return o.limit == 3u; }},
+        {{"--limit", "3"}, [](const Options& o) { return o.presentation.limit == 3u; }},
         {{"metrics", "--output", "/a b"}, [](const Options& o) { return o.outputFile == "/a b"; }},
+        {{"-V"}, [](const Options& o) { return o.version; }},
+        {{"help"}, [](const Options& o) { return o.help && o.command == cli::Command::kList; }},
+        {{"help", "metrics"},
+         [](const Options& o) { return o.help && o.command == cli::Command::kMetrics; }},
+        {{"check", "-h"},
+         [](const Options& o) { return o.help && o.command == cli::Command::kCheck; }},
+        {{"lsit"}, [](const Options& o) { return o.commandHint == " (did you mean 'list'?)"; }},
+        {{"./lsit"}, [](const Options& o) { return o.commandHint.empty(); }},
         {{"--deleted", "only"},
-         [](const Options& o) { return o.selection.deleted == cli::Flagged::kOnly; }},
+         [](const Options& o) { return o.question.selection.deleted == cli::Flagged::kOnly; }},
     };
     for (const AcceptedCase& each : kCases) {
         try {
@@ -98,7 +115,12 @@ TEST(Arguments, AreRefusedWithAWordOfHelp) {
         {{"--where", "alice"}, "COLUMN=TEXT"},
         {{"--where", "user="}, "behind the '='"},
         {{"--where", "hidden=yes"}, "it takes"},
-        {{"--sort"}, "--sort"},
+        {{"--sort"}, "--sort needs a column behind it"},
+        {{"--where"}, "--where needs COLUMN=TEXT behind it"},
+        {{"--deleted"}, "--deleted needs 'yes', 'no' or 'only' behind it"},
+        {{"metrics", "--output"}, "--output needs the name of a file behind it"},
+        {{"help", "metrcs"}, "there is no command 'metrcs' (did you mean 'metrics'?)"},
+        {{"help", "list", "check"}, "'help' takes one command"},
         {{"--limit", "0"}, "from 1 up"},
         {{"--limit", "x\n"}, "'x\\n'"},
         {{"--timeout", "0"}, "seconds"},
@@ -130,22 +152,34 @@ TEST(Columns, BeginWithThoseOfTheLibrary) {
     }
 }
 
+constexpr cli::Command kCommands[] = {cli::Command::kList, cli::Command::kServices,
+                                      cli::Command::kCheck, cli::Command::kMetrics};
+
 TEST(Help, FitsAScreen) {
-    const std::string_view help = cli::HelpText();
-    const auto lines = std::count(help.begin(), help.end(), '\n');
-    EXPECT_GE(lines, 24);
-    EXPECT_LE(lines, 50);
-    for (size_t begin = 0; begin < help.size();) {
-        const size_t end = help.find('\n', begin);
-        EXPECT_LE(end - begin, 80u) << help.substr(begin, end - begin);
-        begin = end + 1;
+    for (const cli::Command command : kCommands) {
+        const std::string_view help = cli::HelpText(command);
+        EXPECT_GE(std::count(help.begin(), help.end(), '\n'), 10);
+        EXPECT_LE(std::count(help.begin(), help.end(), '\n'), 50);
+        for (size_t begin = 0; begin < help.size();) {
+            const size_t end = help.find('\n', begin);
+            EXPECT_LE(end - begin, 90u) << help.substr(begin, end - begin);
+            begin = end + 1;
+        }
     }
 }
 
-TEST(Help, NamesEveryOptionAndColumn) {
-    const std::string_view help = cli::HelpText();
-    for (const auto command : {cli::Command::kList, cli::Command::kServices, cli::Command::kCheck,
-                               cli::Command::kMetrics}) {
+TEST(Help, NamesEveryOptionOfItsCommand) {
+    for (const cli::Command command : kCommands) {
+        for (const std::string& name : cli::OptionNames(command)) {
+            EXPECT_NE(cli::HelpText(command).find(name), std::string_view::npos)
+                << static_cast<int>(command) << ' ' << name;
+        }
+    }
+}
+
+TEST(Help, OfTheListNamesEveryOptionAndColumn) {
+    const std::string_view help = cli::HelpText(cli::Command::kList);
+    for (const auto command : kCommands) {
         for (const std::string& name : cli::OptionNames(command)) {
             EXPECT_NE(help.find(name), std::string_view::npos) << name;
         }

@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(VolumeGuard, KeepsTheBareVolumeBackFromReadersOfDescriptorsAlone) {
+TEST(BareVolumeGuard, KeepsTheBareVolumeBackFromReadersOfDescriptorsAlone) {
     struct Case {
         const char* link;
         const char* target;
@@ -27,15 +27,15 @@ TEST(VolumeGuard, KeepsTheBareVolumeBackFromReadersOfDescriptorsAlone) {
         {"/proc/7/fd/-3", "/volume", false},
     };
     for (const Case& each : kCases) {
-        cli::VolumeGuard guard;
+        cli::BareVolumeGuard guard;
         EXPECT_EQ(guard.KeepsBack(each.link, each.target), each.keepsBack)
             << each.link << " -> " << each.target;
         EXPECT_EQ(guard.Notice().empty(), !each.keepsBack) << each.link << " -> " << each.target;
     }
 }
 
-TEST(VolumeGuard, NamesTheFirstTenProcessesOnceEach) {
-    cli::VolumeGuard guard;
+TEST(BareVolumeGuard, NamesTheFirstTenProcessesOnceEach) {
+    cli::BareVolumeGuard guard;
     guard.KeepsBack("/proc/20/fd/3", "/volume");
     guard.KeepsBack("/proc/3/fd/3", "/volume");
     guard.KeepsBack("/proc/20/fd/4", "/volume");
@@ -49,10 +49,10 @@ TEST(VolumeGuard, NamesTheFirstTenProcessesOnceEach) {
               "100, 101, 102, 103, 104, 105, 106, 107 and 92 more");
 }
 
-TEST(VolumeGuard, LeavesEveryOtherLinkAsItIs) {
+TEST(BareVolumeGuard, LeavesEveryOtherLinkAsItIs) {
     const std::string link = testing::TempDir() + "/vorn-link-" + std::to_string(getpid());
     std::filesystem::create_symlink("/volume", link);
-    const cli::VolumeGuard guard;
+    const cli::BareVolumeGuard guard;
     EXPECT_EQ(std::filesystem::read_symlink(link), "/volume");
     std::filesystem::remove(link);
     char target[64];

@@ -1,23 +1,8 @@
 #include "cli/text/json_text.h"
 
 #include <gtest/gtest.h>
-#include <json/json.h>
-
-#include <memory>
-
-#include "tests/cli/records.h"
 
 namespace {
-
-Json::Value Parse(const std::string& text) {
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    Json::Value value;
-    std::string errors;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &value, &errors)) << errors;
-    return value;
-}
 
 std::string Quoted(std::string_view text) {
     std::string out;
@@ -58,34 +43,6 @@ TEST(Base64, EncodesTheVectorsOfItsDefinition) {
     for (const auto& [bytes, base64] : kCases) {
         EXPECT_EQ(cli::Base64(bytes), base64);
     }
-}
-
-TEST(JsonFile, HasWhatTheRecordItselfRenders) {
-    auto file = Record("/volume1/photo/a.jpg");
-    file.setIsHidden();
-    file.setTime("2024/03/07 14:05:09");
-    Json::Value expected;
-    file.toJson(expected);
-    file.timeToJson(expected);
-    expected["full_path"] = "/volume1/photo/a.jpg";
-    expected["folder"] = false;
-    expected["deleted"] = true;
-
-    std::string text;
-    cli::AppendJsonFile(text, file, true, true);
-    EXPECT_EQ(Parse(text), expected);
-}
-
-TEST(JsonFile, GivesBytesThatAreNoUtf8AsBase64Beside) {
-    auto file = Record("/volume1/\xFF");
-    std::string text;
-    cli::AppendJsonFile(text, file, false, false);
-    const Json::Value value = Parse(text);
-    EXPECT_EQ(value["filename"].asString(), "\xEF\xBF\xBD");
-    EXPECT_EQ(value["filename_b64"].asString(), "/w==");
-    EXPECT_EQ(value["full_path_b64"].asString(), "L3ZvbHVtZTEv/w==");
-    EXPECT_FALSE(value.isMember("user_b64"));
-    EXPECT_FALSE(value.isMember("time"));
 }
 
 TEST(JsonPreamble, SaysWhyItIsIncomplete) {

@@ -34,7 +34,7 @@ TEST(Place, IsTheShareOrTheVolume) {
 
 /** Series of the open files with their values. */
 std::vector<std::string> Series(cli::Snapshot& snapshot) {
-    std::istringstream text(cli::MetricsText(snapshot, cli::Options(), 0.5));
+    std::istringstream text(cli::MetricsText(snapshot, cli::Question(), 0.5));
     std::vector<std::string> series;
     for (std::string line; std::getline(text, line);) {
         if (line.rfind("vorn_openfiles_files{", 0) == 0) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/text.h"
 #include "tests/cli/records.h"
 
 namespace {
@@ -86,7 +87,7 @@ TEST(Selection, LooksBelowPathsByWholeElements) {
         {"/volume1/photo", "/", true},
     };
     for (const Case& each : kCases) {
-        EXPECT_EQ(cli::IsAtOrBelow(each.path, each.root), each.below) << each.path;
+        EXPECT_EQ(support::IsAtOrBelow(each.path, each.root), each.below) << each.path;
     }
 }
 

@@ -1,4 +1,4 @@
-#include "cli/answer/table.h"
+#include "cli/answer/formats/table.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ std::string Print(cli::Table& table) {
 }
 
 void AddRow(cli::Table& table, std::initializer_list<const char*> cells,
-            cli::Table::Style style = cli::Table::Style::kPlain) {
+            cli::Style style = cli::Style::kPlain) {
     table.BeginRow(style);
     for (const char* cell : cells) {
         table.Add(cell);
@@ -49,7 +49,7 @@ TEST(Table, EndsNoLineWithBlanks) {
     cli::Terminal terminal = Wide();
     terminal.colour = true;
     cli::Table table(3, terminal);
-    AddRow(table, {"FILES", "USER", ""}, cli::Table::Style::kHeading);
+    AddRow(table, {"FILES", "USER", ""}, cli::Style::kHeading);
     AddRow(table, {"7", "alice ", "##"});
     AddRow(table, {"1", "", ""});
     EXPECT_EQ(Print(table),
@@ -62,7 +62,7 @@ TEST(Table, ColoursOnlyWhereAskedTo) {
     cli::Terminal terminal = Wide();
     terminal.colour = true;
     cli::Table table(1, terminal);
-    AddRow(table, {"PATH"}, cli::Table::Style::kHeading);
+    AddRow(table, {"PATH"}, cli::Style::kHeading);
     AddRow(table, {"a"});
     EXPECT_EQ(Print(table), "\x1B[1mPATH\x1B[0m\na\n");
 }

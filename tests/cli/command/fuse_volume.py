@@ -51,6 +51,8 @@ class FuseVolume:
     def __init__(self):
         os.makedirs(PATH, exist_ok=True)
         self._alive = True
+        self._pending = []
+        self._lock = threading.Lock()
         self._device = os.open("/dev/fuse", os.O_RDWR | os.O_CLOEXEC)
         self._server = threading.Thread(target=self._serve, daemon=True)
         options = f"fd={self._device},rootmode=40000,user_id=0,group_id=0,allow_other"
@@ -64,7 +66,19 @@ class FuseVolume:
         os.close(self._device)
 
     def die(self):
-        self._alive = False
+        with self._lock:
+            self._alive = False
+
+    def keeps_somebody_waiting(self):
+        return bool(self._pending)
+
+    def revive(self):
+        """Answers everybody who waits."""
+        with self._lock:
+            self._alive = True
+            for unique, opcode, node in self._pending:
+                self._say(unique, answer(opcode, node))
+            self._pending.clear()
 
     @staticmethod
     def _check(result):
@@ -80,10 +94,18 @@ class FuseVolume:
                     return
                 continue  # A question that was withdrawn meanwhile.
             _, opcode, unique, node = struct.unpack_from("<IIQQ", request)
-            if self._alive and opcode not in (FORGET, BATCH_FORGET, INTERRUPT):
-                self._say(unique, answer(opcode, node))
+            if opcode in (FORGET, BATCH_FORGET, INTERRUPT):
+                continue
+            with self._lock:
+                if self._alive:
+                    self._say(unique, answer(opcode, node))
+                else:
+                    self._pending.append((unique, opcode, node))
 
     def _say(self, unique, text):
         error = 0 if text is not None else -errno.ENOSYS
         text = text or b""
-        os.write(self._device, struct.pack("<IiQ", 16 + len(text), error, unique) + text)
+        try:
+            os.write(self._device, struct.pack("<IiQ", 16 + len(text), error, unique) + text)
+        except FileNotFoundError:
+            pass  # Whoever asked has ended meanwhile.

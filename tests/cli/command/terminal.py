@@ -4,7 +4,6 @@ import fcntl
 import os
 import pty
 import select
-import signal
 import struct
 import subprocess
 import termios
@@ -16,20 +15,25 @@ PATIENCE = 20
 class Terminal:
     def __init__(self, program, *arguments, columns=80, lines=24, **env):
         self._master, slave = pty.openpty()
-        self.resize(columns, lines, tell=False)
+        self.resize(columns, lines)
+        self.settings_before = self.settings()
         environment = {"PATH": os.environ["PATH"], "LANG": "C.UTF-8", "TERM": "xterm", **env}
         self.process = subprocess.Popen([program, *arguments], stdin=slave, stdout=slave, stderr=slave,
-                                        env=environment, start_new_session=True)
+                                        env=environment, start_new_session=True,
+                                        preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
         os.close(slave)
         self.text = b""
+
+    def settings(self):
+        """Of keys and lines; the characters among them can't be compared as they stand."""
+        return termios.tcgetattr(self._master)[:4]
 
     def type(self, text):
         os.write(self._master, text.encode())
 
-    def resize(self, columns, lines, tell=True):
+    def resize(self, columns, lines):
+        """The kernel tells the program."""
         fcntl.ioctl(self._master, termios.TIOCSWINSZ, struct.pack("HHHH", lines, columns, 0, 0))
-        if tell:
-            self.process.send_signal(signal.SIGWINCH)
 
     def _more(self, deadline):
         if not select.select([self._master], [], [], max(0, deadline - time.monotonic()))[0]:
@@ -55,5 +59,6 @@ class Terminal:
         deadline = time.monotonic() + PATIENCE
         while self._more(deadline):
             pass
+        self.settings_after = self.settings()
         os.close(self._master)
         return self.process.wait(PATIENCE), self.text.decode().split("\r\n")

@@ -61,6 +61,10 @@ class Environment(unittest.TestCase):
             result = run(path, cwd=folder)
             self.assertEqual((result.returncode, result.stdout.count(b"\n")), (0, 2), path)
         self.assertEqual(run("/volume1/phot").returncode, 1)
+        with Holder([touch(b"/volume1/photo/gone/a.jpg")]):
+            os.unlink("/volume1/photo/gone/a.jpg")
+            os.rmdir("/volume1/photo/gone")
+            self.assertEqual(run("gone", cwd="/volume1/photo").returncode, 0)
 
     def test_path_outside_every_volume(self):
         result = run("/etc/passwd")

@@ -80,6 +80,64 @@ class Metrics(unittest.TestCase):
         self.assertEqual(run("metrics", "--output", "/tmp/folder.prom").returncode, 2)
         self.assertEqual([name for name in os.listdir("/tmp") if name.startswith("folder.prom.")], [])
 
+    def put(self, path):
+        result = run("metrics", "--output", path, cwd=FOLDER)
+        return result.returncode, result.stderr.decode().removeprefix("vorn-openfiles: ")
+
+    def in_folder(self, name):
+        path = FOLDER + "/" + name
+        self.addCleanup(lambda: os.path.lexists(path) and os.unlink(path))
+        return path
+
+    def test_output_follows_links_to_what_they_lead_to(self):
+        target, link, further = map(self.in_folder, ("target", "link", "further"))
+        os.symlink("target", link)
+        os.symlink(link, further)
+        for path in (link, further, "link"):
+            with self.subTest(path):
+                self.assertEqual(self.put(path), (0, ""))
+                self.assertTrue(os.path.islink(link) and os.path.islink(further))
+                with open(target) as file:
+                    self.assertIn("vorn_openfiles_complete 1\n", file.read())
+                os.unlink(target)
+        os.unlink(link)
+        os.symlink(further, link)
+        self.assertEqual(self.put(link), (2, f"can't write '{link}': Too many levels of symbolic links\n"))
+
+    def test_output_is_written_into_a_device(self):
+        null, full = map(self.in_folder, ("null", "full"))
+        os.mknod(null, stat.S_IFCHR | 0o666, os.makedev(1, 3))
+        os.mknod(full, stat.S_IFCHR | 0o666, os.makedev(1, 7))
+        self.assertEqual(self.put(null), (0, ""))
+        self.assertEqual(self.put(full), (2, f"can't write '{full}': No space left on device\n"))
+        self.assertEqual([os.stat(path).st_rdev for path in (null, full)], [os.makedev(1, 3), os.makedev(1, 7)])
+
+    def test_output_is_written_into_a_fifo(self):
+        fifo = self.in_folder("fifo")
+        os.mkfifo(fifo)
+        with subprocess.Popen(["timeout", str(PATIENCE), "cat", fifo], stdout=subprocess.PIPE) as reader:
+            self.assertEqual(self.put(fifo), (0, ""))
+            self.assertIn(b"vorn_openfiles_complete 1\n", reader.stdout.read())
+        self.assertTrue(stat.S_ISFIFO(os.stat(fifo).st_mode))
+
+    def test_output_leaves_alone_what_is_none(self):
+        disk, named = map(self.in_folder, ("disk", "socket"))
+        os.mknod(disk, stat.S_IFBLK | 0o600, os.makedev(7, 250))
+        with socket.socket(socket.AF_UNIX) as listener:
+            listener.bind(named)
+            for path in (disk, named):
+                before = os.stat(path)
+                why = "it is neither a file nor a FIFO nor a character device"
+                self.assertEqual(self.put(path), (2, f"can't write '{path}': {why}\n"))
+                self.assertEqual(os.stat(path), before)
+        self.assertEqual(self.put("/tmp"), (2, "can't write '/tmp': it is a folder\n"))
+
+    def test_output_dash_is_standard_output(self):
+        result = run("metrics", "--output", "-", cwd=FOLDER)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertIn(b"vorn_openfiles_complete 1\n", result.stdout)
+        self.assertFalse(os.path.exists(FOLDER + "/-"))
+
     def test_prometheus_reads_them_from_the_node_exporter(self):
         self.assertEqual(run("metrics", "--output", OUTPUT).returncode, 0)
         exporter_port, prometheus_port = free_port(), free_port()

@@ -4,6 +4,7 @@ import json
 import os
 import signal
 import subprocess
+import time
 import unicodedata
 import unittest
 
@@ -92,6 +93,91 @@ class OnATerminal(unittest.TestCase):
         terminal.process.send_signal(signal.SIGTERM)
         self.assertEqual(terminal.finish()[0], 0)
 
+    def watch(self, *arguments, **terminal):
+        """A watch that has drawn its first look."""
+        watched = Terminal(COMMAND, "--watch", "0.1", *arguments, **terminal)
+        watched.wait_for(b" open, ")
+        return watched
+
+    def ended(self, terminal):
+        """Its exit status; the terminal is as it was."""
+        status, lines = terminal.finish()
+        self.assertTrue("\n".join(lines).endswith("\x1b[?25h\x1b[?1049l"), lines[-3:])
+        self.assertEqual(terminal.settings_after, terminal.settings_before)
+        return status
+
+    def test_watch_ends_at_any_time_and_leaves_the_terminal_as_it_was(self):
+        for attempt in range(24):
+            terminal = self.watch(*(["--timeout", "30"] if attempt % 2 else []))
+            time.sleep(attempt * 0.005)
+            # As Ctrl-C does: to all processes on the terminal.
+            os.killpg(terminal.process.pid, (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)[attempt % 3])
+            self.assertEqual(self.ended(terminal), 0)
+
+    def test_watch_is_ended_by_a_key(self):
+        for key in ("q", "xQ"):
+            terminal = self.watch()
+            self.assertNotEqual(terminal.settings(), terminal.settings_before)
+            terminal.type(key)
+            self.assertEqual(self.ended(terminal), 0)
+
+    def test_watch_that_found_nothing_ends_so(self):
+        terminal = self.watch("/volume2")
+        terminal.type("q")
+        self.assertEqual(self.ended(terminal), 1)
+
+    def test_watch_can_be_suspended(self):
+        terminal = self.watch()
+        terminal.process.send_signal(signal.SIGTSTP)
+        terminal.wait_for(b"\x1b[?25h\x1b[?1049l")
+        os.waitid(os.P_PID, terminal.process.pid, os.WSTOPPED)
+        self.assertEqual(terminal.settings(), terminal.settings_before)
+        terminal.process.send_signal(signal.SIGCONT)
+        terminal.wait_for(b"\x1b[?1049h")
+        terminal.wait_for(b" open, ")
+        terminal.type("q")
+        self.assertEqual(self.ended(terminal), 0)
+
+    def test_watch_says_why_it_failed_on_the_terminal_as_it_was(self):
+        terminal = Terminal("unshare", "--mount", "sh", "-c",
+                            f'(sleep 1; umount -l /volume1 /volume2) & exec "{COMMAND}" --watch 0.1')
+        terminal.wait_for(b" open, ")
+        status, lines = terminal.finish()
+        self.assertEqual(status, 2)
+        self.assertRegex("\n".join(lines), r"\x1b\[\?1049lvorn-openfiles: no data volume is mounted[^\x1b]*\Z")
+
+    def test_watch_on_a_dumb_terminal_writes_no_escape_sequence(self):
+        terminal = Terminal(COMMAND, "--watch", "0.1", TERM="dumb")
+        terminal.wait_for(b"a.jpg")
+        with Holder([touch(b"/volume1/photo/new.jpg")]):
+            drawn = terminal.wait_for(b"1 new") + terminal.wait_for(b"new.jpg")
+            self.assertIn(b"+  Internal service", drawn)
+        drawn += terminal.wait_for(b"1 closed")
+        terminal.type("q")
+        status, lines = terminal.finish()
+        self.assertEqual((status, "\x1b" in drawn.decode() + "".join(lines)), (0, False))
+
+    def test_watch_counts_what_a_low_window_has_no_room_for(self):
+        with Holder([touch(b"/volume1/photo/%d" % number) for number in range(4)]):
+            for lines, shown in ((4, 1), (5, 2), (7, 4), (2, 0)):
+                terminal = Terminal(COMMAND, "--watch", "60", lines=lines)
+                drawn = terminal.wait_for(b"\x1b[J").split(b"\x1b[H")[1]
+                terminal.type("q")
+                terminal.finish()
+                drawn_lines = drawn.split(b"\r\n")
+                self.assertLessEqual(len(drawn_lines), lines)
+                self.assertEqual(drawn.count(b"photo/"), shown, drawn)
+                self.assertEqual(drawn_lines[-1], b"%d more\x1b[K\x1b[J" % (6 - shown))
+            terminal = Terminal(COMMAND, "--watch", "60", lines=8)
+            self.assertNotIn(b"more", terminal.wait_for(b"\x1b[J"))
+            terminal.type("q")
+            terminal.finish()
+
+    def test_width_of_the_environment_counts_where_the_terminal_knows_none(self):
+        for env, width in (({"COLUMNS": "50"}, 50), ({"COLUMNS": "5x"}, 80), ({"COLUMNS": "0"}, 80), ({}, 80)):
+            status, lines = Terminal(COMMAND, columns=0, lines=0, NO_COLOR="1", **env).finish()
+            self.assertEqual((status, max(map(columns, lines))), (0, width), env)
+
     def test_watch_needs_a_terminal_for_its_table(self):
         result = run("--watch")
         self.assertEqual(result.returncode, 2)
@@ -118,6 +204,25 @@ class Events(unittest.TestCase):
                          [("opened", True, "first"), ("opened", False, "second"), ("closed", False, "second")])
         self.assertEqual(opened["file"], closed["file"])
         self.assertEqual(opened["file"]["pid"], str(holder.pid))
+
+    def test_that_never_saw_anything_ends_so(self):
+        for arguments in ([], ["--timeout", "30"]):
+            watch = self.start("/volume2", *arguments)
+            time.sleep(0.5)
+            watch.terminate()
+            self.assertEqual((watch.communicate(timeout=20)[0], watch.returncode), (b"", 1))
+
+    def test_looking_leaves_no_dead_process_behind(self):
+        with Holder([touch(b"/volume1/photo/first")]):
+            watch = self.start("--timeout", "30")
+            watch.stdout.readline()
+            time.sleep(1)
+            watch.send_signal(signal.SIGSTOP)
+            states = subprocess.run(["ps", "--ppid", str(watch.pid), "-o", "stat="], capture_output=True, check=True)
+            watch.send_signal(signal.SIGCONT)
+            watch.terminate()
+            watch.communicate(timeout=20)
+        self.assertEqual(len(states.stdout.split()), 1, states.stdout)
 
     def test_interrupt_ends_it_with_a_time_limit_as_well(self):
         with Holder([touch(b"/volume1/photo/first")]):

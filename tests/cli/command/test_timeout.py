@@ -2,6 +2,7 @@
 
 import json
 import os
+import signal
 import subprocess
 import sys
 import time
@@ -9,6 +10,7 @@ import unittest
 
 from fuse_volume import FILE, FuseVolume
 from support import COMMAND, Holder, run, touch
+from terminal import Terminal
 
 PATIENCE = 20
 NO_ANSWER = b"vorn-openfiles: no answer within 0.5 s; volumes that don't answer: /volume9\n"
@@ -68,6 +70,40 @@ class DeadVolume(unittest.TestCase):
         self.assertEqual(watch.communicate(timeout=PATIENCE), (b"", NO_ANSWER))
         self.assertEqual((watch.returncode, [each["file"]["filename"] for each in events]), (2, ["a.jpg", "file"]))
 
+    def test_ends_a_watch_on_a_terminal_which_is_then_as_it_was(self):
+        terminal = Terminal(COMMAND, "--by", "volume", "--watch", "0.1", "--timeout", "0.5")
+        terminal.wait_for(b" open, ")
+        self.volume.die()
+        status, lines = terminal.finish()
+        self.assertEqual((status, terminal.settings_after), (2, terminal.settings_before))
+        said = NO_ANSWER.decode().rstrip()
+        self.assertTrue("\n".join(lines).endswith(f"\x1b[?25h\x1b[?1049l{said}\n"), lines[-3:])
+
+    def test_keeps_no_watch_from_ending(self):
+        for end in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, "q"):
+            for limit in ([], ["--timeout", "60"]):
+                with self.subTest(end, limit=limit):
+                    self.watch_ends_by(end, limit)
+        self.volume.die()
+        watch = subprocess.Popen([COMMAND, "--watch", "0.1", "--format", "jsonl"], stdout=subprocess.PIPE)
+        self.until(self.volume.keeps_somebody_waiting, "no look is kept waiting")
+        watch.stdout.close()
+        self.assertEqual(watch.wait(PATIENCE), 1)
+
+    def watch_ends_by(self, end, limit):
+        terminal = Terminal(COMMAND, "--by", "volume", "--watch", "0.1", *limit)
+        terminal.wait_for(b" open, ")
+        self.volume.die()
+        self.until(self.volume.keeps_somebody_waiting, "no look is kept waiting")
+        if end == "q":
+            terminal.type(end)
+        else:
+            os.killpg(terminal.process.pid, end)
+        status, lines = terminal.finish()
+        self.volume.revive()
+        self.assertEqual((status, terminal.settings_after), (0, terminal.settings_before))
+        self.assertTrue("\n".join(lines).endswith("\x1b[?25h\x1b[?1049l"), lines[-3:])
+
     def test_keeps_nobody_waiting_for_the_end_of_the_output(self):
         self.volume.die()
         result = subprocess.run(["sh", "-c", '"$VORN_OPENFILES" --timeout 0.5 2>&1 | cat'],
@@ -77,8 +113,7 @@ class DeadVolume(unittest.TestCase):
     def test_has_a_worker_that_holds_no_output(self):
         self.volume.die()
         parent = subprocess.Popen([COMMAND, "--timeout", "60"], stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-        # The worker and the probe of the dead volume; those of the others have answered and ended.
-        self.until(lambda: outputs(commands() - {parent.pid}) == ["/dev/null"] * 2 * 2, "an output is still held")
+        self.until(lambda: outputs(commands() - {parent.pid}) == ["/dev/null"] * 2, "an output is still held")
         parent.terminate()
         parent.communicate(timeout=PATIENCE)
 

@@ -1,5 +1,5 @@
-#ifndef VORN_CLI_OPTIONS_SUGGEST_H
-#define VORN_CLI_OPTIONS_SUGGEST_H
+#ifndef VORN_CLI_TEXT_SUGGEST_H
+#define VORN_CLI_TEXT_SUGGEST_H
 
 #include <string>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "cli/options/suggest.h"
+#include "cli/text/suggest.h"
 
 #include <algorithm>
 

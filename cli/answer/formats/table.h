@@ -1,17 +1,16 @@
-#ifndef VORN_CLI_ANSWER_TABLE_H
-#define VORN_CLI_ANSWER_TABLE_H
+#ifndef VORN_CLI_ANSWER_FORMATS_TABLE_H
+#define VORN_CLI_ANSWER_FORMATS_TABLE_H
 
 /**
  * @file
  * Aligned columns, one line a row.
  */
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "cli/process/terminal.h"
+#include "cli/answer/formats/writer.h"
 
 namespace cli {
 
@@ -24,8 +23,6 @@ namespace cli {
  */
 class Table {
 public:
-    enum class Style : uint8_t { kPlain, kHeading, kNew, kFaint };
-
     Table(size_t columns, const Terminal& terminal);
 
     /** Marks a column as one of numbers. */

@@ -1,4 +1,4 @@
-#include "cli/answer/table.h"
+#include "cli/answer/formats/table.h"
 
 #include <algorithm>
 #include <numeric>
@@ -10,15 +10,15 @@ namespace {
 
 constexpr size_t kGap = 2;
 
-const char* StyleBegin(Table::Style style) {
+const char* StyleBegin(Style style) {
     switch (style) {
-        case Table::Style::kHeading:
+        case Style::kHeading:
             return "\x1B[1m";
-        case Table::Style::kNew:
+        case Style::kNew:
             return "\x1B[32m";
-        case Table::Style::kFaint:
+        case Style::kFaint:
             return "\x1B[2m";
-        case Table::Style::kPlain:
+        case Style::kPlain:
             break;
     }
     return "";

@@ -1,0 +1,29 @@
+#include "cli/answer/formats/writer.h"
+
+#include "cli/answer/formats/csv_writer.h"
+#include "cli/answer/formats/json_writer.h"
+#include "cli/answer/formats/plain_writer.h"
+#include "cli/answer/formats/table_writer.h"
+
+namespace cli {
+
+std::unique_ptr<Writer> MakeWriter(const Presentation& presentation, const Document& document,
+                                   const Terminal& terminal, Output& output) {
+    switch (presentation.format) {
+        case Format::kJson:
+            return std::make_unique<JsonWriter>(document, output);
+        case Format::kJsonl:
+            return std::make_unique<JsonlWriter>(output);
+        case Format::kCsv:
+            return std::make_unique<CsvWriter>(presentation.header, output);
+        case Format::kPrint0:
+            return std::make_unique<PlainWriter>('\0', PlainWriter::kEach, output);
+        case Format::kPids:
+            return std::make_unique<PlainWriter>('\n', PlainWriter::kDistinct, output);
+        case Format::kTable:
+            break;
+    }
+    return std::make_unique<TableWriter>(presentation.header, terminal, output);
+}
+
+}  // namespace cli

@@ -1,0 +1,26 @@
+#ifndef VORN_CLI_ANSWER_SCREEN_H
+#define VORN_CLI_ANSWER_SCREEN_H
+
+#include "cli/answer/presentation.h"
+#include "cli/process/output.h"
+#include "cli/process/terminal.h"
+#include "cli/question/changes.h"
+
+namespace cli {
+
+/**
+ * Draws a look for people: a line of status, then the records, new ones marked with "+". What
+ * doesn't fit is counted in the last line.
+ *
+ * On a terminal that can be addressed the drawing takes the place of the last one; on a "dumb"
+ * one it follows, without any escape sequence, and only when something has changed.
+ *
+ * @param seconds  between two looks
+ */
+void DrawLook(Snapshot& snapshot, const Changes& changes, const Question& question,
+              const Presentation& presentation, double seconds, const Terminal& terminal,
+              Output& output);
+
+}  // namespace cli
+
+#endif

@@ -1,0 +1,81 @@
+#include "cli/process/worker.h"
+
+#include <fmt/format.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "cli/failure.h"
+#include "cli/process/gate_protocol.h"
+#include "cli/process/standard_descriptors.h"
+
+namespace cli {
+namespace {
+
+[[noreturn]] void Fail(const char* what) {
+    throw Failure(
+        fmt::format("can't start a process for the work: {}: {}", what, std::strerror(errno)));
+}
+
+[[noreturn]] void RunWork(int socket, pid_t supervisor, const std::function<int(Gate&)>& work) {
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != supervisor) {
+        _exit(kGateLost);
+    }
+    // It has nothing to read, and a terminal isn't free before everybody has let go of it.
+    DropStandardDescriptors({STDIN_FILENO});
+    Gate gate(socket);
+    std::exit(work(gate));
+}
+
+}  // namespace
+
+Worker::Worker(const std::function<int(Gate&)>& work) {
+    int sockets[2];
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, sockets) != 0) {
+        Fail("socketpair");
+    }
+    socket_ = support::Descriptor(sockets[0]);
+    const support::Descriptor theirs(sockets[1]);
+    const pid_t supervisor = getpid();
+    pid_ = fork();
+    if (pid_ < 0) {
+        Fail("fork");
+    }
+    if (pid_ == 0) {
+        socket_.Reset();
+        RunWork(theirs.Get(), supervisor, work);
+    }
+}
+
+Worker::~Worker() {
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, WNOHANG);
+    }
+}
+
+void Worker::Send(int signal) const {
+    if (pid_ > 0) {
+        kill(pid_, signal);
+    }
+}
+
+int Worker::Status() {
+    int status = 0;
+    pid_t waited;
+    do {
+        waited = waitpid(pid_, &status, 0);
+    } while (waited < 0 && errno == EINTR);
+    pid_ = -1;
+    return waited > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
+}
+
+}  // namespace cli

@@ -1,0 +1,141 @@
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include <memory>
+
+#include "cli/answer/counts.h"
+#include "cli/answer/files.h"
+#include "cli/answer/formats/json_writer.h"
+#include "tests/cli/records.h"
+
+namespace {
+
+using cli::Format;
+
+/** What a format makes of two records, one of them with bytes that every format has its way with.
+ */
+std::string Written(cli::Presentation presentation) {
+    cli::Snapshot snapshot;
+    snapshot.files = {Record("/volume1/a,\"b\"", "alice"), Record("/volume1/\n\xFF", "bob")};
+    snapshot.files.back().setIsHidden();
+    cli::Output output(cli::Output::kNowhere);
+    cli::WriteFiles(snapshot, cli::Question(), presentation, cli::Terminal(), output);
+    return output.Text();
+}
+
+cli::Presentation In(Format format, std::vector<cli::Column> columns = {}) {
+    cli::Presentation presentation;
+    presentation.format = format;
+    presentation.columns = std::move(columns);
+    return presentation;
+}
+
+TEST(Writer, WritesEachFormat) {
+    const std::vector<cli::Column> kColumns = {cli::Column::kPid, cli::Column::kHidden,
+                                               cli::Column::kPath};
+    EXPECT_EQ(Written(In(Format::kTable, kColumns)),
+              " PID  HIDDEN  PATH\n"
+              "4711  no      /volume1/a,\"b\"\n"
+              "4711  yes     /volume1/\\n\\xFF\n");
+    EXPECT_EQ(Written(In(Format::kCsv, kColumns)),
+              "pid,hidden,path\r\n"
+              "4711,no,\"/volume1/a,\"\"b\"\"\"\r\n"
+              "4711,yes,\"/volume1/\n\xFF\"\r\n");
+    EXPECT_EQ(Written(In(Format::kPids)), "4711\n");
+    auto print0 = In(Format::kPrint0);
+    print0.print0Column = cli::Column::kUser;
+    EXPECT_EQ(Written(print0), std::string("alice\0bob\0", 10));
+}
+
+TEST(Writer, WritesJsonWithTypes) {
+    const std::string first =
+        R"({"service":"SMB","pid":"4711","user":"alice","host":"192.0.2.7",)"
+        R"("path":"/volume1/a,\"b\"","filename":"a,\"b\"","full_path":"/volume1/a,\"b\"",)"
+        R"("hidden":0,"folder":false,"deleted":false})";
+    const std::string jsonl = Written(In(Format::kJsonl));
+    EXPECT_EQ(jsonl.substr(0, jsonl.find('\n')), first);
+    EXPECT_NE(jsonl.find(R"("hidden":1,)"), std::string::npos);
+    const std::string json = Written(In(Format::kJson));
+    const std::string begin = R"({"schema":1,"by":"share","complete":true,"files":[)";
+    EXPECT_EQ(json.substr(0, begin.size() + 1 + first.size()), begin + "\n" + first);
+    EXPECT_EQ(json.substr(json.size() - 5), "}\n]}\n");
+}
+
+TEST(Writer, EndsAtTheLimitAndLeavesHeadingsOut) {
+    auto presentation = In(Format::kCsv, {cli::Column::kUser});
+    presentation.limit = 1;
+    presentation.header = false;
+    EXPECT_EQ(Written(presentation), "alice\r\n");
+    presentation.format = Format::kTable;
+    EXPECT_EQ(Written(presentation), "alice\n");
+}
+
+TEST(Writer, WritesCountsInEachFormat) {
+    cli::Snapshot snapshot;
+    snapshot.files = {Record("/volume1/a", "bob"), Record("/volume1/b", "bob"),
+                      Record("/volume1/c", "eve")};
+    const auto written = [&](Format format) {
+        auto presentation = In(format);
+        presentation.countBy = {cli::Column::kUser, cli::Column::kHidden};
+        cli::Output output(cli::Output::kNowhere);
+        cli::WriteCounts(snapshot, cli::Question(), presentation, cli::Terminal(), output);
+        return output.Text();
+    };
+    EXPECT_EQ(written(Format::kTable),
+              "FILES  USER  HIDDEN\n"
+              "    2  bob   no      ##############################\n"
+              "    1  eve   no      ###############\n");
+    EXPECT_EQ(written(Format::kCsv), "files,user,hidden\r\n2,bob,no\r\n1,eve,no\r\n");
+    EXPECT_EQ(written(Format::kJsonl),
+              "{\"user\":\"bob\",\"hidden\":\"no\",\"files\":2}\n"
+              "{\"user\":\"eve\",\"hidden\":\"no\",\"files\":1}\n");
+    EXPECT_EQ(written(Format::kJson),
+              "{\"schema\":1,\"by\":\"share\",\"complete\":true,\"counts\":[\n"
+              "{\"user\":\"bob\",\"hidden\":\"no\",\"files\":2},\n"
+              "{\"user\":\"eve\",\"hidden\":\"no\",\"files\":1}\n]}\n");
+}
+
+Json::Value Parse(const std::string& text) {
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    Json::Value value;
+    std::string errors;
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &value, &errors)) << errors;
+    return value;
+}
+
+/** A record as the JSON formats write it. */
+std::string Object(cli::OpenedFile file, bool deleted, bool withTime) {
+    const std::vector<cli::Column> columns = cli::AllColumns(withTime);
+    cli::Row row;
+    cli::FillRow(row, file, columns, deleted);
+    std::string text;
+    cli::AppendJsonObject(text, cli::HeadingsOf(columns), row);
+    return text;
+}
+
+TEST(JsonFile, HasWhatTheRecordItselfRenders) {
+    auto file = Record("/volume1/photo/a.jpg");
+    file.setIsHidden();
+    file.setTime("2024/03/07 14:05:09");
+    Json::Value expected;
+    file.toJson(expected);
+    file.timeToJson(expected);
+    expected["full_path"] = "/volume1/photo/a.jpg";
+    expected["folder"] = false;
+    expected["deleted"] = true;
+
+    EXPECT_EQ(Parse(Object(file, true, true)), expected);
+}
+
+TEST(JsonFile, GivesBytesThatAreNoUtf8AsBase64Beside) {
+    const Json::Value value = Parse(Object(Record("/volume1/\xFF"), false, false));
+    EXPECT_EQ(value["filename"].asString(), "\xEF\xBF\xBD");
+    EXPECT_EQ(value["filename_b64"].asString(), "/w==");
+    EXPECT_EQ(value["full_path_b64"].asString(), "L3ZvbHVtZTEv/w==");
+    EXPECT_FALSE(value.isMember("user_b64"));
+    EXPECT_FALSE(value.isMember("time"));
+}
+
+}  // namespace
