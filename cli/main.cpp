@@ -11,7 +11,7 @@
 #include "cli/options/usage.h"
 #include "cli/process/output.h"
 #include "cli/process/standard_descriptors.h"
-#include "cli/process/supervisor.h"
+#include "cli/process/supervision/supervisor.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include "cli/failure.h"
 #include "cli/options/options.h"
-#include "cli/process/gate.h"
+#include "cli/process/supervision/gate.h"
 
 namespace cli {
 

@@ -123,8 +123,8 @@ private:
     const Options& options_;
     Gate& gate_;
     const bool onScreen_;
-    // The supervisor ends the watch, by SIGTERM. What else a terminal sends to both processes is kept
-    // from ending or stopping this one.
+    // The supervisor ends the watch, by SIGTERM. What else a terminal sends to both processes is
+    // kept from ending or stopping this one.
     const Signals signals_{SIGTERM, SIGWINCH, SIGINT, SIGHUP, SIGTSTP};
     Output output_{STDOUT_FILENO};
     LastLook last_;

@@ -28,8 +28,7 @@ std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
         std::error_code error;
         // Absolute first: what doesn't exist would stay relative.
         const std::filesystem::path absolute = std::filesystem::absolute(path, error);
-        std::string real =
-            error ? "" : std::filesystem::weakly_canonical(absolute, error).string();
+        std::string real = error ? "" : std::filesystem::weakly_canonical(absolute, error).string();
         if (error || real.empty()) {
             throw Failure(fmt::format("can't resolve '{}': {}", Escaped(path, true),
                                       error ? error.message() : "it is empty"));

@@ -10,7 +10,7 @@
 #include <string>
 #include <unordered_set>
 
-#include "cli/process/gate.h"
+#include "cli/process/supervision/gate.h"
 #include "cli/question/question.h"
 
 namespace cli {

@@ -9,7 +9,7 @@ _vorn_openfiles() {
     _init_completion -s -n = || return
     local columns='service pid user host path filename time full_path hidden folder deleted'
     local command=list
-    case ${words[1]-} in services | check | metrics) command=${words[1]} ;; esac
+    case ${words[1]-} in services | check | metrics | help) command=${words[1]} ;; esac
 
     case $prev in
         --by) COMPREPLY=($(compgen -W 'share volume' -- "$cur")) && return ;;
@@ -41,7 +41,7 @@ _vorn_openfiles() {
     esac
 
     if [[ $cur == -* ]]; then
-        local options='--help --version -h'
+        local options='--help --version -h -V'
         case $command in
             services) options+=' --json' ;;
             check) options+=' --json --timeout' ;;
@@ -54,5 +54,6 @@ _vorn_openfiles() {
         return
     fi
     [[ $command == list ]] && _filedir
-    ((cword == 1)) && COMPREPLY+=($(compgen -W 'list services check metrics' -- "$cur"))
+    [[ $command == help ]] && COMPREPLY=($(compgen -W 'list services check metrics' -- "$cur"))
+    ((cword == 1)) && COMPREPLY+=($(compgen -W 'list services check metrics help' -- "$cur"))
 } && complete -F _vorn_openfiles vorn-openfiles

@@ -9,16 +9,17 @@ function __vorn_openfiles_conditions
     printf '%s=\n' pid host path filename time
 end
 
-set -l list 'not __fish_seen_subcommand_from services check metrics'
-set -l source 'not __fish_seen_subcommand_from services check'
+set -l list 'not __fish_seen_subcommand_from services check metrics help'
+set -l source 'not __fish_seen_subcommand_from services check help'
 
-complete -c vorn-openfiles -n '__fish_is_first_token' -a 'list services check metrics'
+complete -c vorn-openfiles -n '__fish_is_first_token' -a 'list services check metrics help'
+complete -c vorn-openfiles -n '__fish_seen_subcommand_from help' -x -a 'list services check metrics'
 complete -c vorn-openfiles -s h -l help -d 'Show help'
-complete -c vorn-openfiles -l version -d 'Show the version'
+complete -c vorn-openfiles -s V -l version -d 'Show the version'
 complete -c vorn-openfiles -n $source -l by -x -a 'share volume' -d 'Files under shares or anywhere on volumes'
-complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from services' -l timeout -x -d 'Give up after so many seconds'
+complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from services help' -l timeout -x -d 'Give up after so many seconds'
 complete -c vorn-openfiles -n '__fish_seen_subcommand_from metrics' -l output -r -F -d 'Replace this file'
-complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from metrics' -l json -d 'As JSON'
+complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from metrics help' -l json -d 'As JSON'
 complete -c vorn-openfiles -n $list -l time -d 'Add last access times'
 complete -c vorn-openfiles -n $list -l where -x -a '(__vorn_openfiles_conditions)' -d 'Column equals text'
 complete -c vorn-openfiles -n $list -l match -x -a '(__vorn_openfiles_conditions)' -d 'Column contains text'

@@ -13,7 +13,7 @@ DATA = os.path.join(os.environ["VORN_SOURCE"], "data")
 SCHEMA = os.path.join(DATA, "schema/vorn-openfiles-1.schema.json")
 COMMANDS = ("list", "services", "check", "metrics")
 WITH_COMMAND = os.path.dirname(COMMAND) + ":" + os.environ["PATH"]
-OPTION = re.compile(r"(?<![\w-])--?[a-z][a-z0-9-]*")
+OPTION = re.compile(r"(?<![\w-])--?[A-Za-z][a-z0-9-]*")
 
 # Ctrl-X prints the command line as it stands, then empties it.
 ZSH_SETUP = f"""
@@ -56,7 +56,7 @@ class Options(unittest.TestCase):
     def test_man_page(self):
         text = re.sub(r"\\&|\\-", "", read("man/vorn-openfiles.8"))
         named = {"-" + flag for line in text.split(".Sh OPTIONS")[1].split(".Sh TEXTS")[0].splitlines()
-                 if line.startswith(".It Fl") for flag in re.findall(r"Fl (-?[a-z0-9-]+)", line)}
+                 if line.startswith(".It Fl") for flag in re.findall(r"Fl (-?[A-Za-z0-9-]+)", line)}
         self.assertEqual(named, self.options)
 
     def test_bash_completion(self):
@@ -81,6 +81,7 @@ class Options(unittest.TestCase):
         self.assertEqual(self.offered_by_bash("--columns path,fo"), {"path,folder"})
         self.assertEqual(self.offered_by_bash("--format js"), {"json", "jsonl"})
         self.assertEqual(self.offered_by_bash("ch"), {"check"})
+        self.assertEqual(self.offered_by_bash("help me"), {"metrics"})
         with Holder([touch(b"/volume1/photo/a")]):
             self.assertIn(r"Internal\ service", " ".join(self.offered_by_bash("--where service=Int")))
             self.assertEqual(self.offered_by_bash("--not-match user="), {"-"})
@@ -93,7 +94,7 @@ class Options(unittest.TestCase):
     def test_fish_completion(self):
         text = read("completions/vorn-openfiles.fish")
         named = {"--" + name for name in re.findall(r"^complete .* -l ([a-z0-9-]+)", text, re.M)}
-        named |= {"-" + name for name in re.findall(r"^complete .* -s ([a-z])", text, re.M)}
+        named |= {"-" + name for name in re.findall(r"^complete .* -s ([A-Za-z])", text, re.M)}
         self.assertEqual(named, self.options)
 
     def offered_by_fish(self, line):
@@ -104,7 +105,7 @@ class Options(unittest.TestCase):
 
     def test_fish_completes_columns_services_and_users(self):
         with Holder([touch(b"/volume1/photo/a")]):
-            for line, offered in (("--sort ho", {"host"}), ("--columns path,fo", {"path,folder"}), ("ch", {"check"}),
+            for line, offered in (("--sort ho", {"host"}), ("--columns path,fo", {"path,folder"}), ("ch", {"check"}), ("help me", {"metrics"}),
                                   ("--where service=Int", {"service=Internal service"}),
                                   ("--not-match user=", {"user=-"})):
                 self.assertLessEqual(offered, self.offered_by_fish(line), line)
@@ -117,7 +118,7 @@ class Options(unittest.TestCase):
         shell.wait_for(b"[[ready]]")
         with Holder([touch(b"/volume1/photo/a")]):
             for line, completed in (("--sort ho", "--sort host"), ("--columns path,fo", "--columns path,folder"),
-                                    ("ch", "check"), ("--format js", "--format json"),
+                                    ("ch", "check"), ("help me", "help metrics"), ("--format js", "--format json"),
                                     ("--where service=Int", "--where service=Internal\\ service"),
                                     ("--not-match user=", "--not-match user=-")):
                 # The blank takes the place of a suffix that was added on trial, such as a comma.

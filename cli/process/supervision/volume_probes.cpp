@@ -1,4 +1,4 @@
-#include "cli/process/volume_probes.h"
+#include "cli/process/supervision/volume_probes.h"
 
 #include <fcntl.h>
 #include <poll.h>

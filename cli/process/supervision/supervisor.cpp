@@ -1,4 +1,4 @@
-#include "cli/process/supervisor.h"
+#include "cli/process/supervision/supervisor.h"
 
 #include <fmt/format.h>
 #include <poll.h>
@@ -12,13 +12,13 @@
 #include <cstring>
 
 #include "cli/failure.h"
-#include "cli/process/gate_protocol.h"
 #include "cli/process/output.h"
-#include "cli/process/pass_outputs.h"
 #include "cli/process/signals.h"
+#include "cli/process/supervision/gate_protocol.h"
+#include "cli/process/supervision/pass_outputs.h"
+#include "cli/process/supervision/volume_probes.h"
+#include "cli/process/supervision/worker.h"
 #include "cli/process/terminal_state.h"
-#include "cli/process/volume_probes.h"
-#include "cli/process/worker.h"
 
 namespace cli {
 namespace {

@@ -1,10 +1,10 @@
-#ifndef VORN_CLI_PROCESS_SUPERVISOR_H
-#define VORN_CLI_PROCESS_SUPERVISOR_H
+#ifndef VORN_CLI_PROCESS_SUPERVISION_SUPERVISOR_H
+#define VORN_CLI_PROCESS_SUPERVISION_SUPERVISOR_H
 
 #include <functional>
 #include <optional>
 
-#include "cli/process/gate.h"
+#include "cli/process/supervision/gate.h"
 
 namespace cli {
 

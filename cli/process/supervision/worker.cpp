@@ -1,4 +1,4 @@
-#include "cli/process/worker.h"
+#include "cli/process/supervision/worker.h"
 
 #include <fmt/format.h>
 #include <sys/prctl.h>
@@ -13,8 +13,8 @@
 #include <utility>
 
 #include "cli/failure.h"
-#include "cli/process/gate_protocol.h"
 #include "cli/process/standard_descriptors.h"
+#include "cli/process/supervision/gate_protocol.h"
 
 namespace cli {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/process/pass_outputs.h"
+#include "cli/process/supervision/pass_outputs.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -6,7 +6,7 @@
 #include <array>
 #include <cstring>
 
-#include "cli/process/gate_protocol.h"
+#include "cli/process/supervision/gate_protocol.h"
 #include "support/descriptor.h"
 
 namespace cli {

@@ -1,11 +1,11 @@
-#ifndef VORN_CLI_PROCESS_WORKER_H
-#define VORN_CLI_PROCESS_WORKER_H
+#ifndef VORN_CLI_PROCESS_SUPERVISION_WORKER_H
+#define VORN_CLI_PROCESS_SUPERVISION_WORKER_H
 
 #include <sys/types.h>
 
 #include <functional>
 
-#include "cli/process/gate.h"
+#include "cli/process/supervision/gate.h"
 #include "support/descriptor.h"
 
 namespace cli {

@@ -1,11 +1,11 @@
-#include "cli/process/gate.h"
+#include "cli/process/supervision/gate.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "cli/process/gate_protocol.h"
-#include "cli/process/pass_outputs.h"
 #include "cli/process/standard_descriptors.h"
+#include "cli/process/supervision/gate_protocol.h"
+#include "cli/process/supervision/pass_outputs.h"
 
 namespace cli {
 
