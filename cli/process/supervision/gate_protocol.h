@@ -21,7 +21,7 @@ constexpr char kGateOpened = 'o'; /**< here are standard output and standard err
 constexpr char kScreenSet = 'a';  /**< the terminal is as it was wanted */
 /** @} */
 
-constexpr int kGateLost = 2; /**< exit status of a worker whose supervisor has gone */
+constexpr int kGateLost = 3; /**< exit status of a worker that couldn't reach its supervisor */
 
 }  // namespace cli
 

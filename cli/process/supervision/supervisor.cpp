@@ -68,11 +68,12 @@ private:
     }
 
     void Act(const std::array<struct pollfd, 4>& watched) {
-        if (watched[0].revents != 0) {
-            Listen();
-        }
+        // First, as a signal from the terminal may have ended the worker as well.
         if (watched[1].revents != 0) {
             TakeSignal(signals_.Next());
+        }
+        if (watched[0].revents != 0 && !result_) {
+            Listen();
         }
         if (watched[2].revents != 0) {
             TakeKey();
@@ -86,7 +87,7 @@ private:
     void Listen() {
         char byte = 0;
         if (recv(worker_.Socket(), &byte, 1, 0) != 1) {
-            result_ = worker_.Status();
+            TakeEnd(worker_.Wait());
             return;
         }
         switch (byte) {
@@ -110,6 +111,18 @@ private:
                 Must(send(worker_.Socket(), &kScreenSet, 1, MSG_NOSIGNAL) == 1);
                 break;
         }
+    }
+
+    /** @param status  as Worker::Wait() tells it */
+    void TakeEnd(int status) {
+        result_ = status >= 0 && status != kGateLost ? status : kFailed;
+        if (ending_ || status == *result_) {
+            return;
+        }
+        terminal_.reset();
+        Complain(status < 0
+                     ? fmt::format("the process that did the work was ended by signal {}", -status)
+                     : "the process that did the work couldn't get its output back");
     }
 
     void StartTime() {
@@ -156,6 +169,7 @@ private:
 
     /** Inside the gate the worker may be unable to act on anything but a kill. */
     void End(int number) {
+        ending_ = true;
         worker_.Send(inside_ ? SIGKILL : how_.watches ? SIGTERM : number);
         if (!inside_) {
             AwaitEnd();
@@ -196,6 +210,7 @@ private:
     bool keys_ = true; /**< standard input has not ended */
     bool inside_ = false;
     bool found_ = false;
+    bool ending_ = false;
     Clock::time_point deadline_;
     std::optional<int> result_;
 };

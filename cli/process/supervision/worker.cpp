@@ -68,14 +68,12 @@ void Worker::Send(int signal) const {
     }
 }
 
-int Worker::Status() {
+int Worker::Wait() {
     int status = 0;
-    pid_t waited;
-    do {
-        waited = waitpid(pid_, &status, 0);
-    } while (waited < 0 && errno == EINTR);
+    while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+    }
     pid_ = -1;
-    return waited > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : kFailed;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
 }  // namespace cli

@@ -22,8 +22,8 @@ public:
 
     int Socket() const { return socket_.Get(); }
     void Send(int signal) const;
-    /** Waits for its end; its exit status, kFailed when a signal ended it. */
-    int Status();
+    /** Waits for its end: an exit status, or the negative number of the signal that ended it. */
+    int Wait();
 
 private:
     support::Descriptor socket_;

@@ -54,6 +54,16 @@ class Environment(unittest.TestCase):
             self.assertEqual(len(lines), 2)
             self.assertEqual([line for line in lines if line.endswith(b" ")], [])
 
+    def test_time_is_fetched_wherever_it_is_named(self):
+        os.utime(A, (0, 0))
+        stamp = run("--columns", "time", "--no-header").stdout
+        self.assertRegex(stamp, rb"\A19(70|69)/\d\d/\d\d \d\d:\d\d:\d\d\n\Z")
+        stamp = stamp.strip()
+        self.assertEqual(run("--print0", "time").stdout, stamp + b"\0")
+        self.assertEqual(run("--count-by", "time", "--format", "csv").stdout, b"files,time\r\n1," + stamp + b"\r\n")
+        self.assertEqual(run("--where", "time=" + stamp.decode(), "--print0", "filename").stdout, b"a.jpg\0")
+        self.assertEqual(json.loads(run("--json", "--time").stdout)["files"][0]["time"], stamp.decode())
+
     def test_paths_are_resolved(self):
         os.symlink("/volume1/photo", "/tmp/pictures")
         for path, folder in (("/tmp/pictures", "/"), ("photo/../photo/a.jpg", "/volume1"), (".", "/volume1/photo"),

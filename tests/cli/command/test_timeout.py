@@ -31,6 +31,25 @@ class AnswerInTime(unittest.TestCase):
             self.assertEqual(run(*arguments, "--timeout", "60").returncode, run(*arguments).returncode)
 
 
+class Work(unittest.TestCase):
+    """The time limit's own calls fail."""
+
+    def said(self, prepare, *arguments):
+        script = f'{prepare}; exec "$@"'
+        result = subprocess.run(["unshare", "--mount", "sh", "-c", script, "sh", COMMAND, *arguments],
+                                capture_output=True, check=False, timeout=PATIENCE)
+        self.assertEqual((result.returncode, result.stdout), (2, b""))
+        return result.stderr.decode()
+
+    def test_that_cannot_let_its_output_go_says_so(self):
+        said = self.said("mount -t tmpfs none /dev", "--timeout", "60")
+        self.assertEqual(said, "vorn-openfiles: can't open /dev/null: No such file or directory\n")
+
+    def test_that_cannot_be_started_says_so(self):
+        said = self.said("ulimit -n 4", "--timeout", "60")
+        self.assertEqual(said, "vorn-openfiles: can't start a process for the work: socketpair: Too many open files\n")
+
+
 class DeadVolume(unittest.TestCase):
     def setUp(self):
         self.addCleanup(self.nothing_is_left)
@@ -61,6 +80,16 @@ class DeadVolume(unittest.TestCase):
             self.assertGreaterEqual(time.monotonic() - begin, 0.5)
             self.assertEqual((result.returncode, result.stdout, result.stderr), (2, b"", NO_ANSWER), arguments)
         self.assertTrue(any(state_of(pid) == "D" for pid in commands()), "every worker could be killed")
+
+    def test_has_a_worker_whose_end_is_told(self):
+        self.volume.die()
+        parent = subprocess.Popen([COMMAND, "--timeout", "60"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        self.until(self.volume.keeps_somebody_waiting, "nothing is waited for")
+        for worker in commands() - {parent.pid}:
+            os.kill(worker, signal.SIGKILL)
+        self.volume.revive()
+        said = b"vorn-openfiles: the process that did the work was ended by signal 9\n"
+        self.assertEqual((parent.communicate(timeout=PATIENCE), parent.returncode), ((b"", said), 2))
 
     def test_ends_a_watch(self):
         watch = subprocess.Popen([COMMAND, "--by", "volume", "--watch", "0.1", "--format", "jsonl", "--timeout", "0.5"],
