@@ -23,8 +23,9 @@ void ResolvePaths(const cli::Options& options) {
         const std::vector<std::string> paths =
             cli::ResolvedPaths(options.question.selection.paths, volumes);
         Must(paths.size() == options.question.selection.paths.size());
-        for (const std::string& path : paths)
+        for (const std::string& path : paths) {
             Must(support::IsAtOrBelow(path, volumes.front()));
+        }
     } catch (const cli::Failure& failure) {
         Must(IsOneLine(failure.what()));
     }
@@ -43,8 +44,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const cli::Options options = cli::ParseArguments(words);
         Must(!options.presentation.limit || *options.presentation.limit > 0);
         Must(!options.timeoutSeconds || *options.timeoutSeconds > 0);
-        for (const cli::Condition& condition : options.question.selection.conditions)
+        for (const cli::Condition& condition : options.question.selection.conditions) {
             Must(!condition.text.empty() && cli::IsMember(condition.column));
+        }
         ResolvePaths(options);
     } catch (const cli::UsageError& error) {
         Must(IsOneLine(error.what()));

@@ -32,8 +32,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::string escaped = cli::Escaped(text, utf8);
         CheckHarmless(escaped, utf8);
         Must(cli::Unescaped(escaped) == text);
-        for (const std::size_t width : {0, 1, 2, 5, 6, 20, 77})
+        for (const std::size_t width : {0, 1, 2, 5, 6, 20, 77}) {
             CheckShortened(escaped, width, utf8);
+        }
     }
     cli::Unescaped(text);
     return 0;

@@ -5,7 +5,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text = TextOf(data, size);
-    if (text.find('\0') == std::string_view::npos)
+    if (text.find('\0') == std::string_view::npos) {
         CheckShares(vornplatform::ParseExports(text));
+    }
     return 0;
 }

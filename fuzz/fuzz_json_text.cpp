@@ -25,8 +25,9 @@ Json::Value Read(const std::string& document) {
 bool IsUtf8(std::string_view text) {
     while (!text.empty()) {
         const cli::Utf8Character first = cli::DecodeFirst(text);
-        if (first.codepoint < 0)
+        if (first.codepoint < 0) {
             return false;
+        }
         text.remove_prefix(first.length);
     }
     return true;
@@ -42,9 +43,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Must(IsUtf8(document) && document.find_first_of("\n\x1b") == std::string::npos);
     const Json::Value value = Read(document);
     Must(value.isMember("key_b64") != IsUtf8(text));
-    if (IsUtf8(text))
+    if (IsUtf8(text)) {
         Must(value["key"].asString() == text);
-    else
+    } else {
         Must(value["key_b64"].asString() == cli::Base64(text));
+    }
     return 0;
 }

@@ -14,8 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::array<std::string_view, 4> kNames = {"LANGUAGE", "LC_ALL", "LC_MESSAGES",
                                                         "LANG"};
     std::array<std::string, kNames.size()> values;
-    for (std::string& value : values)
+    for (std::string& value : values) {
         value = vornplatform::TakeLine(text);
+    }
     const auto lookup = [&](const char* name) -> const char* {
         const auto found = std::find(kNames.begin(), kNames.end(), name);
         const std::string& value = values[static_cast<std::size_t>(found - kNames.begin())];

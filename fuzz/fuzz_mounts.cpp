@@ -13,8 +13,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<std::uint8_t> copy(data, data + size);
     const std::unique_ptr<FILE, decltype(&std::fclose)> table(
         fmemopen(copy.data(), copy.size(), "r"), std::fclose);
-    if (!table)
+    if (!table) {
         return 0;
+    }
     std::vector<std::string> volumes = vornplatform::SelectVolumes(table.get());
     Must(std::all_of(volumes.begin(), volumes.end(), vornplatform::IsVolume));
     std::sort(volumes.begin(), volumes.end());

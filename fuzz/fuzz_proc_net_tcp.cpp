@@ -12,8 +12,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<vornplatform::TcpSocket> sockets;
     vornplatform::ParseProcNetTcp({reinterpret_cast<const char*>(data), size}, sockets);
     for (const auto& [inode, host] : vornplatform::SelectClientSockets(sockets)) {
-        if (inode == 0 || host.empty())
+        if (inode == 0 || host.empty()) {
             std::abort();
+        }
     }
     return 0;
 }

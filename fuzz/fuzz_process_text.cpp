@@ -9,13 +9,16 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
-    if (const auto stat = vornplatform::ParseProcessStat(text); stat && stat->parent < 0)
+    if (const auto stat = vornplatform::ParseProcessStat(text); stat && stat->parent < 0) {
         std::abort();
+    }
     vornplatform::ParseProcessUsers(text);
     vornplatform::ParseSocketLink(text);
-    if (vornplatform::ParseAuditId(text) == std::uint32_t{4294967295})
+    if (vornplatform::ParseAuditId(text) == std::uint32_t{4294967295}) {
         std::abort();
-    if (vornplatform::ExecutableName(text).find('/') != std::string_view::npos)
+    }
+    if (vornplatform::ExecutableName(text).find('/') != std::string_view::npos) {
         std::abort();
+    }
     return 0;
 }

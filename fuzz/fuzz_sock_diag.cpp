@@ -13,8 +13,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     vornplatform::SocketDump dump;
     vornplatform::ParseDiagMessages(buffer.data(), buffer.size(), dump);
     for (const auto& [inode, host] : vornplatform::SelectClientSockets(dump.sockets)) {
-        if (inode == 0 || host.empty())
+        if (inode == 0 || host.empty()) {
             std::abort();
+        }
     }
     return 0;
 }

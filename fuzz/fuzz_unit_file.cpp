@@ -9,8 +9,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view section = vornplatform::TakeLine(text);
     const std::string_view key = vornplatform::TakeLine(text);
     const auto value = vornplatform::SectionValue(text, section, key);
-    if (!value)
+    if (!value) {
         return 0;
+    }
     Must(!value->empty() && value->size() <= text.size());
     Must(value->find('\n') == std::string::npos);
     for (const std::size_t limit : {0, 1, 2, 3, 4, 7, 1023}) {

@@ -5,9 +5,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text = TextOf(data, size);
-    if (text.find('\0') != std::string_view::npos)
+    if (text.find('\0') != std::string_view::npos) {
         return 0;
-    if (auto share = vornplatform::ParseUsershare("file name", text))
+    }
+    if (auto share = vornplatform::ParseUsershare("file name", text)) {
         CheckShares({std::move(*share)});
+    }
     return 0;
 }

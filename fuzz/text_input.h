@@ -8,8 +8,9 @@
 
 /** Unlike assert() it stays whatever the build type. */
 inline void Must(bool holds) {
-    if (!holds)
+    if (!holds) {
         std::abort();
+    }
 }
 
 /** What libFuzzer gives, as text. */

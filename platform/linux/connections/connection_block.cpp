@@ -11,8 +11,9 @@ namespace {
 
 std::size_t BlockSize(const std::vector<Connection>& connections) {
     std::size_t size = connections.size() * sizeof(VORN_CURCONN);
-    for (const Connection& connection : connections)
+    for (const Connection& connection : connections) {
         size += connection.host.size() + 1 + connection.user.size() + 1;
+    }
     return size;
 }
 
@@ -33,21 +34,24 @@ std::vector<Connection> WithoutRepeats(std::vector<Connection> connections) {
     for (Connection& connection : connections) {
         const auto [place, isNew] = places.emplace(
             std::make_tuple(connection.pid, connection.host, connection.user), kept.size());
-        if (isNew)
+        if (isNew) {
             kept.push_back(std::move(connection));
-        else if (connection.type == VORN_CURCONN_SSH)
+        } else if (connection.type == VORN_CURCONN_SSH) {
             kept[place->second].type = VORN_CURCONN_SSH;
+        }
     }
     std::reverse(kept.begin(), kept.end());
     return kept;
 }
 
 ConnectionBlock BuildBlock(const std::vector<Connection>& connections) {
-    if (connections.empty())
+    if (connections.empty()) {
         return nullptr;
+    }
     ConnectionBlock block(static_cast<VORN_CURCONN*>(std::calloc(1, BlockSize(connections))));
-    if (!block)
+    if (!block) {
         throw std::bad_alloc();
+    }
     VORN_CURCONN* record = block.get();
     char* text = reinterpret_cast<char*>(record + connections.size());
     for (const Connection& connection : connections) {

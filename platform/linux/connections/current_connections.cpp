@@ -41,8 +41,9 @@ SmbUsers UsersOfSmbServers(const std::vector<SmbServer>& servers) {
 
 std::vector<Connection> ReadConnections() {
     const ClientSockets sockets = ReadClientSockets();
-    if (sockets.empty())
+    if (sockets.empty()) {
         return {};
+    }
     const std::vector<pid_t> processes = ListProcesses();
     const std::vector<SocketHolder> holders = FindSocketHolders(processes, sockets);
     UserNames names;
@@ -57,8 +58,9 @@ std::vector<Connection> ReadConnections() {
 
 int VORNCurConnGet(VORN_CURCONN** connections) try {
     using vornplatform::Fail;
-    if (connections == nullptr)
+    if (connections == nullptr) {
         return Fail(KLIBC_ERR_BAD_PARAM, vornplatform::kSource, __LINE__);
+    }
     *connections = nullptr;
     const auto records = vornplatform::ReadConnections();
     *connections = vornplatform::BuildBlock(records).release();

@@ -13,10 +13,12 @@ constexpr char kUnknownUser[] = "unknown";
 std::vector<SmbServer> FindSmbServers(const std::vector<SocketHolder>& holders) {
     std::vector<SmbServer> servers;
     for (const SocketHolder& holder : holders) {
-        if (holder.kind != ServerKind::kSmb)
+        if (holder.kind != ServerKind::kSmb) {
             continue;
-        if (const auto stat = ReadProcessStat(holder.pid))
+        }
+        if (const auto stat = ReadProcessStat(holder.pid)) {
             servers.push_back({holder.pid, stat->startTime});
+        }
     }
     return servers;
 }
@@ -41,8 +43,9 @@ std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holde
     const SmbUsers smbUsers = smbServers.empty() ? SmbUsers() : askSmbUsers(smbServers);
     std::vector<Connection> connections;
     for (const SocketHolder& holder : holders) {
-        if (holder.kind == ServerKind::kSsh)
+        if (holder.kind == ServerKind::kSsh) {
             continue;
+        }
         const auto users = UsersOf(holder, smbUsers, names);
         for (const std::uint64_t inode : holder.inodes) {
             for (const std::string& user : users) {

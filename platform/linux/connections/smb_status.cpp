@@ -43,8 +43,9 @@ const Json::Value& Member(const Json::Value& value, const char* key) {
 /** Process ids are written as texts. */
 std::optional<pid_t> ServerPid(const Json::Value& session) {
     const Json::Value& value = Member(Member(session, "server_id"), "pid");
-    if (!value.isString())
+    if (!value.isString()) {
         return std::nullopt;
+    }
     const std::string text = value.asString();
     pid_t pid = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pid);
@@ -60,8 +61,9 @@ bool IsAuthenticated(const Json::Value& session) {
 
 std::optional<std::string> UserName(const Json::Value& session) {
     const Json::Value& value = Member(session, "username");
-    if (!value.isString())
+    if (!value.isString()) {
         return std::nullopt;
+    }
     std::string name = value.asString();
     const bool usable =
         !name.empty() && name.size() <= kMaxNameSize && name.find('\0') == std::string::npos;
@@ -79,17 +81,20 @@ void SortUnique(std::vector<std::string>& names) {
 //  "username": "bob", "remote_machine": "127.0.0.1", "hostname": "ipv4:127.0.0.1:45834", ...}}}
 std::optional<SmbUsers> ParseSmbStatus(std::string_view text) {
     Json::Value root;
-    if (!ParseJson(text, root) || !Member(root, "sessions").isObject())
+    if (!ParseJson(text, root) || !Member(root, "sessions").isObject()) {
         return std::nullopt;
+    }
     SmbUsers users;
     for (const Json::Value& session : root["sessions"]) {
         const auto pid = ServerPid(session);
         const auto name = UserName(session);
-        if (pid && name && IsAuthenticated(session))
+        if (pid && name && IsAuthenticated(session)) {
             users[*pid].push_back(*name);
+        }
     }
-    for (auto& entry : users)
+    for (auto& entry : users) {
         SortUnique(entry.second);
+    }
     return users;
 }
 

@@ -13,8 +13,9 @@ bool SmbSessions::Knows(const SmbServer& server) const {
 }
 
 bool SmbSessions::MustAsk(const std::vector<SmbServer>& servers, Clock::time_point now) const {
-    if (servers.empty() || (failed_ && now - *failed_ < kPause))
+    if (servers.empty() || (failed_ && now - *failed_ < kPause)) {
         return false;
+    }
     return !answered_ || now - *answered_ >= kMaxAge ||
            !std::all_of(servers.begin(), servers.end(),
                         [this](const SmbServer& server) { return Knows(server); });
@@ -25,8 +26,9 @@ void SmbSessions::Remember(const std::vector<SmbServer>& servers, SmbUsers answe
     known_.clear();
     for (const SmbServer& server : servers) {
         const auto users = answer.find(server.pid);
-        if (users != answer.end())
+        if (users != answer.end()) {
             known_[server.pid] = {server.startTime, std::move(users->second)};
+        }
     }
     answered_ = now;
     failed_.reset();
@@ -35,15 +37,18 @@ void SmbSessions::Remember(const std::vector<SmbServer>& servers, SmbUsers answe
 SmbUsers SmbSessions::UsersOf(const std::vector<SmbServer>& servers) {
     const Clock::time_point now = now_();
     if (MustAsk(servers, now)) {
-        if (auto answer = ask_())
+        if (auto answer = ask_()) {
             Remember(servers, std::move(*answer), now);
-        else
+        } else {
             failed_ = now;
+        }
     }
     SmbUsers users;
-    for (const SmbServer& server : servers)
-        if (Knows(server))
+    for (const SmbServer& server : servers) {
+        if (Knows(server)) {
             users[server.pid] = known_.at(server.pid).users;
+        }
+    }
     return users;
 }
 

@@ -33,20 +33,24 @@ bool HasOwnSession(const SshProcess& monitor) {
 
 std::optional<SshLogin> JudgeSshConnection(const Processes& processes,
                                            std::optional<uid_t> separationUser) {
-    if (HasUnauthenticatedHalf(processes, separationUser))
+    if (HasUnauthenticatedHalf(processes, separationUser)) {
         return std::nullopt;
+    }
     const SshProcess& monitor = Monitor(processes);
-    if (HasOwnSession(monitor))
+    if (HasOwnSession(monitor)) {
         return SshLogin{*monitor.loginUid, monitor.session};
+    }
     const auto half = std::find_if(processes.begin(), processes.end(),
                                    [&](const SshProcess& it) { return it.uid != monitor.uid; });
-    if (half != processes.end())
+    if (half != processes.end()) {
         return SshLogin{half->uid, std::nullopt};
+    }
     // Whoever logs in as the user that the server runs as gets no second half: the one process
     // starts the sessions itself. Before the login it has no child but the unauthenticated half,
     // and that holds the socket too.
-    if (processes.size() == 1 && monitor.hasChildren)
+    if (processes.size() == 1 && monitor.hasChildren) {
         return SshLogin{monitor.uid, std::nullopt};
+    }
     return std::nullopt;
 }
 

@@ -33,8 +33,9 @@ struct Client {
 std::optional<SshProcess> ReadSshProcess(const SocketHolder& holder) {
     const auto stat = ReadProcessStat(holder.pid);
     const auto users = ReadProcessUsers(holder.pid);
-    if (!stat || !users)
+    if (!stat || !users) {
         return std::nullopt;
+    }
     SshProcess process;
     process.pid = holder.pid;
     process.parent = stat->parent;
@@ -47,18 +48,21 @@ std::optional<SshProcess> ReadSshProcess(const SocketHolder& holder) {
         process.parentSession = ReadSessionId(stat->parent);
     }
     // Tells only of a login that has no session of its own.
-    if (!HasOwnSession(process))
+    if (!HasOwnSession(process)) {
         process.hasChildren = HasChildren(holder.pid);
+    }
     return process;
 }
 
 SharedSockets GroupBySocket(const std::vector<SocketHolder>& holders) {
     SharedSockets shared;
     for (const SocketHolder& holder : holders) {
-        if (holder.kind != ServerKind::kSsh)
+        if (holder.kind != ServerKind::kSsh) {
             continue;
-        if (auto process = ReadSshProcess(holder))
+        }
+        if (auto process = ReadSshProcess(holder)) {
             shared[holder.inodes.front()].push_back(std::move(*process));
+        }
     }
     return shared;
 }
@@ -74,13 +78,16 @@ Logins ReadLogins(const SharedSockets& shared, const ClientSockets& sockets, Use
     Logins logins;
     for (const auto& [inode, group] : shared) {
         const auto login = JudgeSshConnection(group, separationUser);
-        if (!login)
+        if (!login) {
             continue;
+        }
         const Client client{sockets.at(inode), names.NameOf(login->user)};
-        for (const SshProcess& process : group)
+        for (const SshProcess& process : group) {
             logins.servers.push_back(client.At(process.pid));
-        if (login->session)
+        }
+        if (login->session) {
             logins.sessions.emplace(*login->session, client);
+        }
     }
     return logins;
 }
@@ -89,9 +96,11 @@ Logins ReadLogins(const SharedSockets& shared, const ClientSockets& sockets, Use
  */
 std::unordered_set<pid_t> PidsOf(const SharedSockets& shared) {
     std::unordered_set<pid_t> pids;
-    for (const auto& [inode, group] : shared)
-        for (const SshProcess& process : group)
+    for (const auto& [inode, group] : shared) {
+        for (const SshProcess& process : group) {
             pids.insert(process.pid);
+        }
+    }
     return pids;
 }
 
@@ -101,18 +110,21 @@ std::vector<Connection> SshConnections(const std::vector<SocketHolder>& holders,
                                        const ClientSockets& sockets,
                                        const std::vector<pid_t>& processes, UserNames& names) {
     const SharedSockets shared = GroupBySocket(holders);
-    if (shared.empty())
+    if (shared.empty()) {
         return {};
+    }
     const Logins logins = ReadLogins(shared, sockets, names);
-    if (logins.sessions.empty())
+    if (logins.sessions.empty()) {
         return logins.servers;
+    }
     const std::unordered_set<pid_t> servers = PidsOf(shared);
     std::vector<Connection> connections;
     for (const pid_t pid : processes) {
         const auto session = servers.count(pid) == 0 ? ReadSessionId(pid) : std::nullopt;
         const auto client = session ? logins.sessions.find(*session) : logins.sessions.end();
-        if (client != logins.sessions.end())
+        if (client != logins.sessions.end()) {
             connections.push_back(client->second.At(pid));
+        }
     }
     connections.insert(connections.end(), logins.servers.begin(), logins.servers.end());
     return connections;

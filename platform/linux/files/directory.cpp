@@ -27,8 +27,9 @@ bool IsDotOrDotDot(const char* name) {
 }
 
 bool IsDirectory(int folder, const dirent64& entry) {
-    if (entry.d_type != DT_UNKNOWN)
+    if (entry.d_type != DT_UNKNOWN) {
         return entry.d_type == DT_DIR;
+    }
     struct stat info;
     return fstatat(folder, entry.d_name, &info, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0 &&
            S_ISDIR(info.st_mode);
@@ -39,35 +40,43 @@ int Append(int folder, const char* buffer, ssize_t size, KLIBC_SZLIST** list, in
     for (ssize_t at = 0; at < size;) {
         const auto& entry = *reinterpret_cast<const dirent64*>(buffer + at);
         at += entry.d_reclen;
-        if (IsDotOrDotDot(entry.d_name))
+        if (IsDotOrDotDot(entry.d_name)) {
             continue;
-        if ((options & KLIBC_ENUM_DIRECTORIES) != 0 && !IsDirectory(folder, entry))
+        }
+        if ((options & KLIBC_ENUM_DIRECTORIES) != 0 && !IsDirectory(folder, entry)) {
             continue;
-        if (KLIBCSzListPush(list, entry.d_name) < 0)
+        }
+        if (KLIBCSzListPush(list, entry.d_name) < 0) {
             return -1;
+        }
     }
     return 0;
 }
 
 int AppendAll(int folder, KLIBC_SZLIST** list, int options) {
     const std::unique_ptr<char[]> buffer(new (std::nothrow) char[kBufferSize]);
-    if (!buffer)
+    if (!buffer) {
         return Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+    }
     for (;;) {
         const ssize_t size = getdents64(folder, buffer.get(), kBufferSize);
-        if (size == 0)
+        if (size == 0) {
             return 0;
-        if (size < 0)
+        }
+        if (size < 0) {
             return FailErrno(errno, kSource, __LINE__);
-        if (Append(folder, buffer.get(), size, list, options) < 0)
+        }
+        if (Append(folder, buffer.get(), size, list, options) < 0) {
             return -1;
+        }
     }
 }
 
 int CheckDirWaiting(const char* path) {
     struct stat info;
-    if (stat(path, &info) != 0)
+    if (stat(path, &info) != 0) {
         return FailErrno(errno, kSource, __LINE__);
+    }
     return S_ISDIR(info.st_mode) ? 1 : 0;
 }
 
@@ -80,11 +89,13 @@ bool IsRefusal(int error) {
 
 int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list, int options) {
     if (path == nullptr || pattern != nullptr || list == nullptr || *list == nullptr ||
-        (options & ~KLIBC_ENUM_DIRECTORIES) != 0)
+        (options & ~KLIBC_ENUM_DIRECTORIES) != 0) {
         return Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
     const Fd folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
-    if (!folder)
+    if (!folder) {
         return FailErrno(errno, kSource, __LINE__);
+    }
     const int before = (*list)->nItem;
     if (AppendAll(folder.Get(), list, options) < 0) {
         (*list)->nItem = before;
@@ -94,12 +105,15 @@ int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list,
 }
 
 int KLIBCFileCheckDir(const char* path) {
-    if (path == nullptr)
+    if (path == nullptr) {
         return Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
     struct statx info;
-    if (statx(AT_FDCWD, path, AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT, STATX_TYPE, &info) != 0)
+    if (statx(AT_FDCWD, path, AT_STATX_DONT_SYNC | AT_NO_AUTOMOUNT, STATX_TYPE, &info) != 0) {
         return IsRefusal(errno) ? CheckDirWaiting(path) : FailErrno(errno, kSource, __LINE__);
-    if ((info.stx_mask & STATX_TYPE) == 0)
+    }
+    if ((info.stx_mask & STATX_TYPE) == 0) {
         return CheckDirWaiting(path);
+    }
     return S_ISDIR(info.stx_mode) ? 1 : 0;
 }

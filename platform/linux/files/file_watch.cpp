@@ -10,8 +10,9 @@ namespace {
 /** Empty for a path that can't be examined. */
 std::string Stamp(const std::string& path) {
     struct stat info;
-    if (stat(path.c_str(), &info) != 0)
+    if (stat(path.c_str(), &info) != 0) {
         return {};
+    }
     return std::to_string(info.st_dev) + ":" + std::to_string(info.st_ino) + ":" +
            std::to_string(info.st_size) + ":" + std::to_string(info.st_mtim.tv_sec) + "." +
            std::to_string(info.st_mtim.tv_nsec);

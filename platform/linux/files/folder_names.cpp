@@ -13,8 +13,9 @@ namespace vornplatform {
 namespace {
 
 bool IsDirectory(DIR* folder, const dirent& entry) {
-    if (entry.d_type != DT_UNKNOWN)
+    if (entry.d_type != DT_UNKNOWN) {
         return entry.d_type == DT_DIR;
+    }
     struct stat info;
     return fstatat(dirfd(folder), entry.d_name, &info, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) ==
                0 &&
@@ -29,12 +30,14 @@ bool IsDotOrDotDot(const char* name) {
 
 int ReadFolderNames(const std::string& path, FolderEntries kind, std::vector<std::string>& names) {
     const Folder folder = OpenFolder(path.c_str());
-    if (!folder)
+    if (!folder) {
         return errno;
+    }
     while (const dirent* entry = NextEntry(folder)) {
         const bool wanted = kind == FolderEntries::kAll || IsDirectory(folder.get(), *entry);
-        if (wanted && !IsDotOrDotDot(entry->d_name))
+        if (wanted && !IsDotOrDotDot(entry->d_name)) {
             names.emplace_back(entry->d_name);
+        }
     }
     std::sort(names.begin(), names.end());
     return 0;

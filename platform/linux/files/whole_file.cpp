@@ -55,8 +55,9 @@ int ReadTextFile(const char* path, std::string& text) {
 
 int ReadTextFileOrThrow(const char* path, std::string& text) {
     const int error = ReadTextFile(path, text);
-    if (error == KLIBC_ERR_RESOURCE)
+    if (error == KLIBC_ERR_RESOURCE) {
         ThrowOnShortage(errno);
+    }
     return error;
 }
 

@@ -12,8 +12,9 @@ constexpr size_t kLargestChunk = 64 * 1024;
 }  // namespace
 
 void TextArena::Rewind() {
-    if (!chunks_.empty())
+    if (!chunks_.empty()) {
         Enter(0);
+    }
 }
 
 void TextArena::Enter(size_t index) {
@@ -25,8 +26,9 @@ void TextArena::Enter(size_t index) {
 /** Takes the following chunk if the text fits into it, otherwise puts a new one before it. */
 bool TextArena::NextChunk(size_t size) {
     const bool fits = following_ < chunks_.size() && chunks_[following_].size >= size;
-    if (!fits && !Insert(size))
+    if (!fits && !Insert(size)) {
         return false;
+    }
     Enter(following_);
     return true;
 }

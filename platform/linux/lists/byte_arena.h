@@ -13,8 +13,9 @@ class TextArena {
 public:
     /** Copies size bytes. Null when memory is short: the arena is then as it was. */
     const char* Copy(const char* bytes, size_t size) {
-        if (size > room_ && !NextChunk(size))
+        if (size > room_ && !NextChunk(size)) {
             return nullptr;
+        }
         char* copy = next_;
         std::memcpy(copy, bytes, size);
         next_ += size;

@@ -37,8 +37,9 @@ List* Own(KLIBC_SZLIST* list) {
 /** realloc, because it moves large arrays by their pages instead of copying them. */
 bool Reserve(List& list, size_t capacity) {
     void* grown = std::realloc(static_cast<void*>(list.items.get()), capacity * sizeof(char*));
-    if (grown == nullptr)
+    if (grown == nullptr) {
         return false;
+    }
     static_cast<void>(list.items.release());
     list.items.reset(static_cast<const char**>(grown));
     list.capacity = capacity;
@@ -70,28 +71,33 @@ KLIBC_SZLIST* KLIBCSzListAlloc(int size) {
 }
 
 int KLIBCSzListPush(KLIBC_SZLIST** list, const char* text) {
-    if (list == nullptr || *list == nullptr || text == nullptr)
+    if (list == nullptr || *list == nullptr || text == nullptr) {
         return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
     List& own = *Own(*list);
     const auto count = static_cast<size_t>(own.nItem);
-    if (count == own.capacity && !Grow(own))
+    if (count == own.capacity && !Grow(own)) {
         return FailToStore(__LINE__);
+    }
     const char* copy = own.arena.Copy(text, std::strlen(text) + 1);
-    if (copy == nullptr)
+    if (copy == nullptr) {
         return FailToStore(__LINE__);
+    }
     own.items[count] = copy;
     return ++own.nItem;
 }
 
 const char* KLIBCSzListGet(const KLIBC_SZLIST* list, int index) {
-    if (list == nullptr || index < 0 || index >= list->nItem)
+    if (list == nullptr || index < 0 || index >= list->nItem) {
         return nullptr;
+    }
     return static_cast<const List*>(list)->items[static_cast<size_t>(index)];
 }
 
 void KLIBCSzListRemoveAll(KLIBC_SZLIST* list) {
-    if (list == nullptr)
+    if (list == nullptr) {
         return;
+    }
     list->nItem = 0;
     Own(list)->arena.Rewind();
 }

@@ -14,8 +14,9 @@ namespace {
 
 Fd Open(const std::string& path) {
     Fd file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file)
+    if (!file) {
         ThrowOnShortage(errno);
+    }
     return file;
 }
 
@@ -39,16 +40,18 @@ std::string ReadProcHead(const std::string& path) {
 bool ReadProcFile(const std::string& path, std::size_t limit, std::string& text) {
     constexpr std::size_t kStep = std::size_t{64} * 1024;
     const Fd file = Open(path);
-    if (!file)
+    if (!file) {
         return false;
+    }
     text.clear();
     while (text.size() < limit) {
         const std::size_t used = text.size();
         text.resize(std::min(used + kStep, limit));
         const ssize_t count = Read(file, text.data() + used, text.size() - used);
         text.resize(used + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-        if (count <= 0)
+        if (count <= 0) {
             return count == 0;
+        }
     }
     return true;
 }

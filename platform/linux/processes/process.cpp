@@ -14,11 +14,13 @@ constexpr char kSource[] = "process";
 }  // namespace
 
 int KLIBCProcGetByPid(int pid, KLIBC_PROC** process) try {
-    if (pid <= 0 || process == nullptr)
+    if (pid <= 0 || process == nullptr) {
         return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
     const auto stat = vornplatform::ReadProcessStat(pid);
-    if (!stat)
+    if (!stat) {
         return vornplatform::FailErrno(errno, kSource, __LINE__);
+    }
     auto record = std::make_unique<KLIBC_PROC>();
     record->ppid = stat->parent;
     *process = record.release();

@@ -32,8 +32,9 @@ std::vector<pid_t> ListProcesses() {
     const Folder folder = OpenFolder("/proc");
     while (const dirent* entry = folder ? NextEntry(folder) : nullptr) {
         pid_t pid = 0;
-        if (ParsePid(entry->d_name, pid))
+        if (ParsePid(entry->d_name, pid)) {
             processes.push_back(pid);
+        }
     }
     std::sort(processes.begin(), processes.end());
     return processes;
@@ -41,11 +42,13 @@ std::vector<pid_t> ListProcesses() {
 
 std::optional<ProcessStat> ReadProcessStat(pid_t pid) {
     const std::string text = ReadText(pid, "stat");
-    if (text.empty())
+    if (text.empty()) {
         return std::nullopt;
+    }
     const auto stat = ParseProcessStat(text);
-    if (!stat)
+    if (!stat) {
         errno = EPROTO;
+    }
     return stat;
 }
 

@@ -12,21 +12,24 @@ template <typename Number>
 std::optional<Number> ParseWhole(std::string_view text) {
     Number number{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size())
+    if (error != std::errc() || end != text.data() + text.size()) {
         return std::nullopt;
+    }
     return number;
 }
 
 bool ConsumeSuffix(std::string_view& text, std::string_view suffix) {
-    if (text.size() < suffix.size() || text.substr(text.size() - suffix.size()) != suffix)
+    if (text.size() < suffix.size() || text.substr(text.size() - suffix.size()) != suffix) {
         return false;
+    }
     text.remove_suffix(suffix.size());
     return true;
 }
 
 bool ConsumePrefix(std::string_view& text, std::string_view prefix) {
-    if (text.substr(0, prefix.size()) != prefix)
+    if (text.substr(0, prefix.size()) != prefix) {
         return false;
+    }
     text.remove_prefix(prefix.size());
     return true;
 }
@@ -35,8 +38,9 @@ bool ConsumePrefix(std::string_view& text, std::string_view prefix) {
 std::string_view Field(std::string_view text, int index, char separator) {
     for (; index > 0; --index) {
         const std::size_t end = text.find(separator);
-        if (end == std::string_view::npos)
+        if (end == std::string_view::npos) {
             return {};
+        }
         text.remove_prefix(end + 1);
     }
     return text.substr(0, text.find(separator));
@@ -47,14 +51,16 @@ std::string_view Field(std::string_view text, int index, char separator) {
 // 29024 (a) b (c) S 7110 29024 29024 0 -1 4194560 1201 ... 0 0 20 0 1 0 1234567 ...
 std::optional<ProcessStat> ParseProcessStat(std::string_view text) {
     const std::size_t bracket = text.rfind(')');
-    if (bracket == std::string_view::npos || bracket + 2 > text.size())
+    if (bracket == std::string_view::npos || bracket + 2 > text.size()) {
         return std::nullopt;
+    }
     const std::string_view fields = text.substr(bracket + 2);
     constexpr int kFirstField = 3;
     const auto parent = ParseWhole<pid_t>(Field(fields, kParentField - kFirstField, ' '));
     const auto start = ParseWhole<std::uint64_t>(Field(fields, kStartTimeField - kFirstField, ' '));
-    if (!parent || *parent < 0 || !start)
+    if (!parent || *parent < 0 || !start) {
         return std::nullopt;
+    }
     return ProcessStat{*parent, *start};
 }
 
@@ -63,14 +69,16 @@ std::optional<ProcessUsers> ParseProcessUsers(std::string_view text) {
     // The name comes first, but the kernel escapes newlines in it, so it cannot fake a line.
     constexpr std::string_view kHead = "\nUid:\t";
     const std::size_t head = text.find(kHead);
-    if (head == std::string_view::npos)
+    if (head == std::string_view::npos) {
         return std::nullopt;
+    }
     text.remove_prefix(head + kHead.size());
     text = text.substr(0, text.find('\n'));
     const auto real = ParseWhole<uid_t>(Field(text, 0, '\t'));
     const auto effective = ParseWhole<uid_t>(Field(text, 1, '\t'));
-    if (!real || !effective)
+    if (!real || !effective) {
         return std::nullopt;
+    }
     return ProcessUsers{*real, *effective};
 }
 
@@ -82,8 +90,9 @@ std::optional<std::uint32_t> ParseAuditId(std::string_view text) {
 }
 
 std::optional<std::uint64_t> ParseSocketLink(std::string_view link) {
-    if (!ConsumePrefix(link, "socket:[") || !ConsumeSuffix(link, "]"))
+    if (!ConsumePrefix(link, "socket:[") || !ConsumeSuffix(link, "]")) {
         return std::nullopt;
+    }
     return ParseWhole<std::uint64_t>(link);
 }
 

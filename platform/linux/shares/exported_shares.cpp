@@ -58,11 +58,13 @@ void WatchSambaConfig(FileWatch& watch) {
     for (size_t i = 0; i < files.size() && i < kMaxIncludes; ++i) {
         watch.Add(files[i]);
         std::string text;
-        if (ReadTextFileOrThrow(files[i].c_str(), text) != 0)
+        if (ReadTextFileOrThrow(files[i].c_str(), text) != 0) {
             continue;
+        }
         for (std::string& included : IncludedFiles(text)) {
-            if (std::find(files.begin(), files.end(), included) == files.end())
+            if (std::find(files.begin(), files.end(), included) == files.end()) {
                 files.push_back(std::move(included));
+            }
         }
     }
 }
@@ -78,10 +80,11 @@ std::optional<SambaDump> AskTestparm(ExportedShares& result) {
         return std::nullopt;
     }
     std::optional<SambaDump> dump = ParseSambaDump(answer.output);
-    if (!dump)
+    if (!dump) {
         NoteFailure(result, __LINE__,
                     "testparm's answer makes no sense, so Samba's shares are left out: " +
                         Escape(answer.output));
+    }
     return dump;
 }
 
@@ -91,24 +94,29 @@ void ReadUsershares(const std::string& folder, ExportedShares& result) {
         const std::string path = folder + "/" + name;
         result.watch.Add(path);
         std::string text;
-        if (ReadTextFileOrThrow(path.c_str(), text) != 0)
+        if (ReadTextFileOrThrow(path.c_str(), text) != 0) {
             continue;
-        if (auto share = ParseUsershare(name, text))
+        }
+        if (auto share = ParseUsershare(name, text)) {
             result.shares.push_back(std::move(*share));
+        }
     }
 }
 
 /** Without a configuration Samba's tools may be there, but its server exports nothing. */
 void ReadSambaShares(ExportedShares& result) {
     WatchSambaConfig(result.watch);
-    if (access(kSambaConfig, F_OK) != 0)
+    if (access(kSambaConfig, F_OK) != 0) {
         return;
+    }
     std::optional<SambaDump> dump = AskTestparm(result);
-    if (!dump)
+    if (!dump) {
         return;
+    }
     std::move(dump->shares.begin(), dump->shares.end(), std::back_inserter(result.shares));
-    if (!dump->usershareFolder.empty())
+    if (!dump->usershareFolder.empty()) {
         ReadUsershares(dump->usershareFolder, result);
+    }
 }
 
 /** One folder may be exported by several lines, to different clients. */
@@ -117,13 +125,16 @@ void ReadExportsFile(const std::string& path, std::unordered_set<std::string>& s
     result.watch.Add(path);
     std::string text;
     const int error = ReadTextFileOrThrow(path.c_str(), text);
-    if (error != 0 && error != KLIBC_ERR_NOT_FOUND)
+    if (error != 0 && error != KLIBC_ERR_NOT_FOUND) {
         NoteFailure(result, __LINE__, "Failed to read " + Escape(path));
-    if (error != 0)
+    }
+    if (error != 0) {
         return;
+    }
     for (Share& share : ParseExports(text)) {
-        if (seen.insert(share.path).second)
+        if (seen.insert(share.path).second) {
             result.shares.push_back(std::move(share));
+        }
     }
 }
 
@@ -137,8 +148,9 @@ void ReadNfsShares(ExportedShares& result) {
     ReadExportsFile(kExports, seen, result);
     result.watch.Add(kExportsFolder);
     for (const std::string& name : VisibleNames(kExportsFolder)) {
-        if (IsExportsName(name))
+        if (IsExportsName(name)) {
             ReadExportsFile(std::string(kExportsFolder) + "/" + name, seen, result);
+        }
     }
 }
 

@@ -14,8 +14,9 @@ std::string TakeContinuedLine(std::string_view& text) {
     for (;;) {
         const std::string_view line = TakeLine(text);
         whole += line;
-        if (line.empty() || line.back() != '\\' || text.empty())
+        if (line.empty() || line.back() != '\\' || text.empty()) {
             return whole;
+        }
         whole.pop_back();
     }
 }
@@ -58,11 +59,13 @@ std::vector<Share> ParseExports(std::string_view text) {
     while (!text.empty()) {
         const std::string whole = TakeContinuedLine(text);
         const std::string_view line = Trim(whole);
-        if (line.empty() || line.front() == '#')
+        if (line.empty() || line.front() == '#') {
             continue;
+        }
         std::string path = SharePath(FirstField(line));
-        if (!path.empty())
+        if (!path.empty()) {
             shares.push_back({path.substr(path.rfind('/') + 1), std::move(path)});
+        }
     }
     return shares;
 }

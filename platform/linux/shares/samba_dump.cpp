@@ -27,24 +27,27 @@ struct Setting {
 std::string Fold(std::string_view name) {
     std::string folded;
     for (const char c : name) {
-        if (c != ' ' && c != '\t')
+        if (c != ' ' && c != '\t') {
             folded += (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+        }
     }
     return folded;
 }
 
 /** "[name]", without the brackets. */
 std::optional<std::string_view> SectionName(std::string_view line) {
-    if (line.size() < 2 || line.front() != '[' || line.back() != ']')
+    if (line.size() < 2 || line.front() != '[' || line.back() != ']') {
         return std::nullopt;
+    }
     return line.substr(1, line.size() - 2);
 }
 
 std::optional<Setting> ParseSetting(std::string_view line) {
     const size_t equals = line.find('=');
     if (line.empty() || line.front() == '#' || line.front() == ';' ||
-        equals == std::string_view::npos)
+        equals == std::string_view::npos) {
         return std::nullopt;
+    }
     return Setting{Fold(line.substr(0, equals)), Trim(line.substr(equals + 1))};
 }
 
@@ -56,31 +59,35 @@ bool IsReserved(const std::string& section) {
 
 void Keep(Section& section, SambaDump& dump) {
     std::string path = SharePath(section.path);
-    if (!path.empty() && !section.printable && section.available && !IsReserved(section.name))
+    if (!path.empty() && !section.printable && section.available && !IsReserved(section.name)) {
         dump.shares.push_back({section.name, std::move(path)});
+    }
 }
 
 void ApplyToShare(const Setting& setting, Section& section) {
-    if (setting.name == "path")
+    if (setting.name == "path") {
         section.path = setting.value;
-    else if (setting.name == "printable")
+    } else if (setting.name == "printable") {
         section.printable = Fold(setting.value) == "yes";
-    else if (setting.name == "available")
+    } else if (setting.name == "available") {
         section.available = Fold(setting.value) != "no";
+    }
 }
 
 /** "usershare max shares = 0" forbids what "usershare path" would allow. */
 void ApplyToGlobal(const Setting& setting, SambaDump& dump, bool& forbidden) {
-    if (setting.name == "usersharepath")
+    if (setting.name == "usersharepath") {
         dump.usershareFolder = setting.value;
-    else if (setting.name == "usersharemaxshares")
+    } else if (setting.name == "usersharemaxshares") {
         forbidden = setting.value == "0";
+    }
 }
 
 /** The value behind a key at a line's beginning. */
 std::optional<std::string_view> ValueOf(std::string_view line, std::string_view key) {
-    if (line.substr(0, key.size()) != key)
+    if (line.substr(0, key.size()) != key) {
         return std::nullopt;
+    }
     return line.substr(key.size());
 }
 
@@ -88,8 +95,9 @@ std::optional<std::string_view> ValueOf(std::string_view line, std::string_view 
 
 std::optional<SambaDump> ParseSambaDump(std::string_view text) {
     // Names reach callers as C strings: one that is cut there would not be found again.
-    if (text.find('\0') != std::string_view::npos)
+    if (text.find('\0') != std::string_view::npos) {
         return std::nullopt;
+    }
     SambaDump dump;
     dump.usershareFolder = kUsershareFolder;
     Section section;
@@ -103,15 +111,17 @@ std::optional<SambaDump> ParseSambaDump(std::string_view text) {
             section.name = *name;
             global = global || Fold(*name) == "global";
         } else if (const auto setting = ParseSetting(line)) {
-            if (Fold(section.name) == "global")
+            if (Fold(section.name) == "global") {
                 ApplyToGlobal(*setting, dump, forbidden);
-            else
+            } else {
                 ApplyToShare(*setting, section);
+            }
         }
     }
     Keep(section, dump);
-    if (forbidden)
+    if (forbidden) {
         dump.usershareFolder.clear();
+    }
     return global ? std::optional<SambaDump>(std::move(dump)) : std::nullopt;
 }
 
@@ -119,30 +129,36 @@ std::vector<std::string> IncludedFiles(std::string_view config) {
     std::vector<std::string> files;
     while (!config.empty()) {
         const auto setting = ParseSetting(Trim(TakeLine(config)));
-        if (!setting || (setting->name != "include" && setting->name != "configfile"))
+        if (!setting || (setting->name != "include" && setting->name != "configfile")) {
             continue;
+        }
         std::string_view path = setting->value;
-        if (path.size() >= 2 && path.front() == '"' && path.back() == '"')
+        if (path.size() >= 2 && path.front() == '"' && path.back() == '"') {
             path = path.substr(1, path.size() - 2);
-        if (!path.empty() && path.front() == '/' && path.find('%') == std::string_view::npos)
+        }
+        if (!path.empty() && path.front() == '/' && path.find('%') == std::string_view::npos) {
             files.emplace_back(path);
+        }
     }
     return files;
 }
 
 std::optional<Share> ParseUsershare(std::string_view fileName, std::string_view text) {
     const std::string_view version = Trim(TakeLine(text));
-    if (version != "#VERSION 1" && version != "#VERSION 2")
+    if (version != "#VERSION 1" && version != "#VERSION 2") {
         return std::nullopt;
+    }
     Share share{std::string(fileName), std::string()};
     while (!text.empty()) {
         std::string_view line = TakeLine(text);
-        if (!line.empty() && line.back() == '\r')
+        if (!line.empty() && line.back() == '\r') {
             line.remove_suffix(1);
-        if (const auto path = ValueOf(line, "path="))
+        }
+        if (const auto path = ValueOf(line, "path=")) {
             share.path = SharePath(*path);
-        else if (const auto name = ValueOf(line, "sharename="); name && !name->empty())
+        } else if (const auto name = ValueOf(line, "sharename="); name && !name->empty()) {
             share.name = *name;
+        }
     }
     return share.path.empty() ? std::nullopt : std::optional<Share>(std::move(share));
 }

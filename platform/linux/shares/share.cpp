@@ -37,8 +37,9 @@ int PushNames(const vornplatform::ShareTable& table, KLIBC_SZLIST** names) {
 }  // namespace
 
 int VORNShareEnum(KLIBC_SZLIST** names, int /*flags*/) try {
-    if (names == nullptr || *names == nullptr)
+    if (names == nullptr || *names == nullptr) {
         return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
     Last& last = lastOfThread.Get();
     last.table = vornplatform::CurrentShares();
     return PushNames(*last.table, names);
@@ -47,14 +48,17 @@ int VORNShareEnum(KLIBC_SZLIST** names, int /*flags*/) try {
 }
 
 int VORNShareGet(const char* name, VORN_SHARE** share) try {
-    if (name == nullptr || share == nullptr)
+    if (name == nullptr || share == nullptr) {
         return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
     Last& last = lastOfThread.Get();
-    if (!last.table)
+    if (!last.table) {
         last.table = vornplatform::CurrentShares();
+    }
     const vornplatform::Share* found = last.table->Find(name);
-    if (found == nullptr)
+    if (found == nullptr) {
         return vornplatform::Fail(KLIBC_ERR_NOT_FOUND, kSource, __LINE__);
+    }
     last.record.szPath = found->path.c_str();
     *share = &last.record;
     return 0;

@@ -22,8 +22,9 @@ class Memory {
 public:
     std::shared_ptr<const ShareTable> Get() {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (!IsValid())
+        if (!IsValid()) {
             Read();
+        }
         return table_;
     }
 
@@ -55,8 +56,9 @@ std::shared_ptr<const ShareTable> CurrentShares() {
     static Memory memory;
     const KeepErrorCode keep;
     std::shared_ptr<const ShareTable> exported = memory.Get();
-    if (!exported->Shares().empty())
+    if (!exported->Shares().empty()) {
         return exported;
+    }
     return std::make_shared<const ShareTable>(FolderShares());
 }
 

@@ -11,8 +11,9 @@ namespace vornplatform {
 std::string SharePath(std::string_view path) {
     const bool plain = path.size() < PATH_MAX && path.find('%') == std::string_view::npos &&
                        path.find('\0') == std::string_view::npos;
-    if (!plain || path.empty() || path.front() != '/')
+    if (!plain || path.empty() || path.front() != '/') {
         return {};
+    }
     std::string normal = std::filesystem::path(path).lexically_normal().string();
     normal.erase(normal.find_last_not_of('/') + 1);
     return IsOnVolume(normal) ? normal : std::string();

@@ -36,15 +36,19 @@ bool ParseAddress(std::string_view text, IpAddress& address) {
     constexpr std::size_t kDigits = 8;
     std::uint32_t words[4];
     const std::size_t count = text.size() / kDigits;
-    if (text.size() % kDigits != 0 || (count != 1 && count != 4))
+    if (text.size() % kDigits != 0 || (count != 1 && count != 4)) {
         return false;
-    for (std::size_t i = 0; i < count; ++i)
-        if (!ParseNumber(text.substr(i * kDigits, kDigits), 16, words[i]))
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!ParseNumber(text.substr(i * kDigits, kDigits), 16, words[i])) {
             return false;
-    if (count == 1)
+        }
+    }
+    if (count == 1) {
         address = MapIpv4(words);
-    else
+    } else {
         std::memcpy(address.data(), words, address.size());
+    }
     return true;
 }
 
@@ -72,20 +76,25 @@ std::optional<TcpSocket> ParseProcNetTcpLine(std::string_view line) {
     TakeField(line);
     if (!ParseEndpoint(TakeField(line), socket.local, socket.localPort) ||
         !ParseEndpoint(TakeField(line), socket.peer, peerPort) ||
-        !ParseNumber(TakeField(line), 16, state))
+        !ParseNumber(TakeField(line), 16, state)) {
         return std::nullopt;
-    for (std::size_t field = 4; field < kInodeField; ++field)
+    }
+    for (std::size_t field = 4; field < kInodeField; ++field) {
         TakeField(line);
-    if (!ParseNumber(TakeField(line), 10, socket.inode))
+    }
+    if (!ParseNumber(TakeField(line), 10, socket.inode)) {
         return std::nullopt;
+    }
     socket.state = ToState(state);
     return socket;
 }
 
 void ParseProcNetTcp(std::string_view text, std::vector<TcpSocket>& sockets) {
-    while (!text.empty())
-        if (const auto socket = ParseProcNetTcpLine(TakeLine(text)))
+    while (!text.empty()) {
+        if (const auto socket = ParseProcNetTcpLine(TakeLine(text))) {
             sockets.push_back(*socket);
+        }
+    }
 }
 
 bool ReadProcNetTcp(std::vector<TcpSocket>& sockets) {

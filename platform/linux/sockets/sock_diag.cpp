@@ -25,8 +25,9 @@ struct CloseNetlink {
 using Netlink = std::unique_ptr<mnl_socket, CloseNetlink>;
 
 IpAddress ToAddress(std::uint8_t family, const __be32 (&words)[4]) {
-    if (family == AF_INET)
+    if (family == AF_INET) {
         return MapIpv4(words);
+    }
     IpAddress address;
     std::memcpy(address.data(), words, address.size());
     return address;
@@ -56,19 +57,22 @@ TcpSocket ToSocket(const inet_diag_msg& message) {
 
 void AppendSocket(const nlmsghdr& header, std::vector<TcpSocket>& sockets) {
     if (header.nlmsg_type != SOCK_DIAG_BY_FAMILY ||
-        mnl_nlmsg_get_payload_len(&header) < sizeof(inet_diag_msg))
+        mnl_nlmsg_get_payload_len(&header) < sizeof(inet_diag_msg)) {
         return;
+    }
     inet_diag_msg message;
     std::memcpy(&message, mnl_nlmsg_get_payload(&header), sizeof(message));
-    if (message.idiag_family == AF_INET || message.idiag_family == AF_INET6)
+    if (message.idiag_family == AF_INET || message.idiag_family == AF_INET6) {
         sockets.push_back(ToSocket(message));
+    }
 }
 
 /** The end of a dump carries the error that cut it short, if any did. */
 DumpState EndOfDump(const nlmsghdr& header) {
     std::int32_t error = 0;
-    if (mnl_nlmsg_get_payload_len(&header) >= sizeof(error))
+    if (mnl_nlmsg_get_payload_len(&header) >= sizeof(error)) {
         std::memcpy(&error, mnl_nlmsg_get_payload(&header), sizeof(error));
+    }
     return error < 0 ? DumpState::kFailed : DumpState::kDone;
 }
 
@@ -78,8 +82,9 @@ Netlink OpenNetlink() {
     const timeval limit{kAnswerSeconds, 0};
     if (!netlink || mnl_socket_bind(netlink.get(), 0, MNL_SOCKET_AUTOPID) < 0 ||
         setsockopt(mnl_socket_get_fd(netlink.get()), SOL_SOCKET, SO_RCVTIMEO, &limit,
-                   sizeof(limit)) < 0)
+                   sizeof(limit)) < 0) {
         return nullptr;
+    }
     return netlink;
 }
 
@@ -129,10 +134,12 @@ bool DumpFamily(std::uint8_t family, std::vector<TcpSocket>& sockets) {
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
         dump = SocketDump();
         const Netlink netlink = OpenNetlink();
-        if (!netlink || !SendRequest(netlink.get(), family) || !ReceiveDump(netlink.get(), dump))
+        if (!netlink || !SendRequest(netlink.get(), family) || !ReceiveDump(netlink.get(), dump)) {
             return false;
-        if (!dump.interrupted)
+        }
+        if (!dump.interrupted) {
             break;
+        }
     }
     sockets.insert(sockets.end(), dump.sockets.begin(), dump.sockets.end());
     return true;
@@ -150,10 +157,12 @@ DumpState ParseDiagMessages(const void* buffer, std::size_t size, SocketDump& du
     const nlmsghdr* header = static_cast<const nlmsghdr*>(buffer);
     for (; IsWhole(header, left); header = mnl_nlmsg_next(header, &left)) {
         dump.interrupted |= (header->nlmsg_flags & NLM_F_DUMP_INTR) != 0;
-        if (header->nlmsg_type == NLMSG_ERROR)
+        if (header->nlmsg_type == NLMSG_ERROR) {
             return DumpState::kFailed;
-        if (header->nlmsg_type == NLMSG_DONE)
+        }
+        if (header->nlmsg_type == NLMSG_DONE) {
             return EndOfDump(*header);
+        }
         AppendSocket(*header, dump.sockets);
     }
     return left > 0 ? DumpState::kFailed : DumpState::kMore;
@@ -161,8 +170,9 @@ DumpState ParseDiagMessages(const void* buffer, std::size_t size, SocketDump& du
 
 bool DumpSockets(std::vector<TcpSocket>& sockets) {
     std::vector<TcpSocket> both;
-    if (!DumpFamily(AF_INET, both) || !DumpFamily(AF_INET6, both))
+    if (!DumpFamily(AF_INET, both) || !DumpFamily(AF_INET6, both)) {
         return false;
+    }
     sockets.insert(sockets.end(), both.begin(), both.end());
     return true;
 }

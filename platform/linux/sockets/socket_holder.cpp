@@ -33,16 +33,20 @@ public:
     std::optional<SocketHolder> Run() {
         const std::string folder = "/proc/" + std::to_string(holder_.pid);
         descriptors_ = OpenFolder((folder + "/fd").c_str());
-        if (!descriptors_)
+        if (!descriptors_) {
             return std::nullopt;
+        }
         LookAtLowest();
         Identify(folder + "/exe");
-        if (NeedsMore())
+        if (NeedsMore()) {
             LookAtRest();
-        if (holder_.inodes.empty())
+        }
+        if (holder_.inodes.empty()) {
             return std::nullopt;
-        if (ServesOneClient(holder_.kind))
+        }
+        if (ServesOneClient(holder_.kind)) {
             holder_.inodes.resize(1);
+        }
         return std::move(holder_);
     }
 
@@ -52,21 +56,24 @@ private:
         // A link cut off at the end of the buffer is longer than that of a socket.
         char link[32];
         const ssize_t size = readlinkat(dirfd(descriptors_.get()), number, link, sizeof(link));
-        if (size < 0)
+        if (size < 0) {
             return false;
+        }
         const auto inode = ParseSocketLink({link, static_cast<std::size_t>(size)});
         auto& inodes = holder_.inodes;
         if (inode && wanted_.count(*inode) != 0 &&
-            std::find(inodes.begin(), inodes.end(), *inode) == inodes.end())
+            std::find(inodes.begin(), inodes.end(), *inode) == inodes.end()) {
             inodes.push_back(*inode);
+        }
         return true;
     }
 
     void LookAtLowest() {
         int found = 0;
         int missed = 0;
-        for (; found < kLowDescriptors && missed < kLowMisses; ++next_)
+        for (; found < kLowDescriptors && missed < kLowMisses; ++next_) {
             ++(LookAt(std::to_string(next_).c_str()) ? found : missed);
+        }
     }
 
     void Identify(const std::string& path) {
@@ -87,8 +94,9 @@ private:
     void LookAtRest() {
         for (int count = 0; count < kMaxDescriptors && NeedsMore(); ++count) {
             const dirent* entry = NextEntry(descriptors_);
-            if (entry == nullptr)
+            if (entry == nullptr) {
                 return;
+            }
             LookAt(entry->d_name);
         }
     }
@@ -104,9 +112,11 @@ private:
 std::vector<SocketHolder> FindSocketHolders(const std::vector<pid_t>& processes,
                                             const ClientSockets& wanted) {
     std::vector<SocketHolder> holders;
-    for (const pid_t pid : processes)
-        if (auto holder = Search(pid, wanted).Run())
+    for (const pid_t pid : processes) {
+        if (auto holder = Search(pid, wanted).Run()) {
             holders.push_back(std::move(*holder));
+        }
+    }
     return holders;
 }
 

@@ -41,8 +41,9 @@ bool IsAny(const IpAddress& address) {
 
 std::string InterfaceText(std::uint32_t index) {
     char name[IF_NAMESIZE];
-    if (if_indextoname(index, name) != nullptr)
+    if (if_indextoname(index, name) != nullptr) {
         return name;
+    }
     ThrowOnShortage(errno);
     return std::to_string(index);
 }
@@ -52,12 +53,14 @@ class Listeners {
 public:
     explicit Listeners(const std::vector<TcpSocket>& sockets) {
         for (const TcpSocket& socket : sockets) {
-            if (socket.state != TcpState::kListen)
+            if (socket.state != TcpState::kListen) {
                 continue;
-            if (IsAny(socket.local))
+            }
+            if (IsAny(socket.local)) {
                 anywhere_.insert(socket.localPort);
-            else
+            } else {
                 somewhere_.emplace(socket.localPort, socket.local);
+            }
         }
     }
 
@@ -82,20 +85,25 @@ IpAddress MapIpv4(const void* bytes) {
 
 std::string AddressText(const IpAddress& address, std::uint32_t scope) {
     char text[INET6_ADDRSTRLEN];
-    if (IsMapped(address))
+    if (IsMapped(address)) {
         return inet_ntop(AF_INET, address.data() + kMappedPrefix, text, sizeof(text));
+    }
     std::string result = inet_ntop(AF_INET6, address.data(), text, sizeof(text));
-    if (scope != 0 && IsLinkLocal(address))
+    if (scope != 0 && IsLinkLocal(address)) {
         result += '%' + InterfaceText(scope);
+    }
     return result;
 }
 
 ClientSockets SelectClientSockets(const std::vector<TcpSocket>& sockets) {
     const Listeners listeners(sockets);
     ClientSockets clients;
-    for (const TcpSocket& socket : sockets)
-        if (socket.state == TcpState::kEstablished && socket.inode != 0 && listeners.Cover(socket))
+    for (const TcpSocket& socket : sockets) {
+        if (socket.state == TcpState::kEstablished && socket.inode != 0 &&
+            listeners.Cover(socket)) {
             clients.emplace(socket.inode, AddressText(socket.peer, socket.scope));
+        }
+    }
     return clients;
 }
 

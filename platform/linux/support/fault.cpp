@@ -57,8 +57,9 @@ std::string Escape(std::string_view bytes) {
         text += kDigits[byte >> 4];
         text += kDigits[byte & 0xf];
     }
-    if (bytes.size() > kMaxBytes)
+    if (bytes.size() > kMaxBytes) {
         text += "...";
+    }
     return text;
 }
 

@@ -5,8 +5,9 @@
 namespace vornplatform {
 
 void Fd::Reset() {
-    if (fd_ < 0)
+    if (fd_ < 0) {
         return;
+    }
     const int saved = errno;
     close(std::exchange(fd_, -1));
     errno = saved;

@@ -20,8 +20,9 @@ using Folder = std::unique_ptr<DIR, FolderCloser>;
 /** opendir, but for memory or descriptors that are short: then std::bad_alloc. */
 inline Folder OpenFolder(const char* path) {
     Folder folder(opendir(path));
-    if (!folder)
+    if (!folder) {
         ThrowOnShortage(errno);
+    }
     return folder;
 }
 

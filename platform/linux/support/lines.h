@@ -17,8 +17,9 @@ inline std::string_view TakeLine(std::string_view& text) {
 inline std::string_view Trim(std::string_view text) {
     constexpr std::string_view kSpace = " \t\r\n\v\f";
     const size_t begin = text.find_first_not_of(kSpace);
-    if (begin == std::string_view::npos)
+    if (begin == std::string_view::npos) {
         return {};
+    }
     return text.substr(begin, text.find_last_not_of(kSpace) - begin + 1);
 }
 

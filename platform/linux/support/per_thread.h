@@ -29,13 +29,16 @@ public:
 
     /** Throws std::bad_alloc when memory is short. */
     T& Get() {
-        if (error_ != 0)
+        if (error_ != 0) {
             throw std::bad_alloc();
-        if (void* known = pthread_getspecific(key_))
+        }
+        if (void* known = pthread_getspecific(key_)) {
             return *static_cast<T*>(known);
+        }
         auto made = std::make_unique<T>();
-        if (pthread_setspecific(key_, made.get()) != 0)
+        if (pthread_setspecific(key_, made.get()) != 0) {
             throw std::bad_alloc();
+        }
         return *made.release();
     }
 

@@ -32,12 +32,14 @@ Fd AboveStandard(int fd) {
 
 int OpenPipe(Pipe& pipe) {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (pipe2(ends, O_CLOEXEC) != 0) {
         return errno;
+    }
     pipe.read = AboveStandard(ends[0]);
     pipe.write = AboveStandard(ends[1]);
-    if (!pipe.read || !pipe.write || fcntl(pipe.read.Get(), F_SETFL, O_NONBLOCK) != 0)
+    if (!pipe.read || !pipe.write || fcntl(pipe.read.Get(), F_SETFL, O_NONBLOCK) != 0) {
         return errno;
+    }
     return 0;
 }
 
@@ -47,20 +49,23 @@ enum class ReadState { kMore, kEmpty, kEnd, kLimit };
 ReadState ReadSome(int fd, size_t limit, std::string& output) {
     char buffer[16 * 1024];
     const ssize_t got = read(fd, buffer, sizeof(buffer));
-    if (got < 0)
+    if (got < 0) {
         return errno == EAGAIN || errno == EINTR ? ReadState::kEmpty : ReadState::kEnd;
+    }
     const size_t fitting = std::min(static_cast<size_t>(got), limit - output.size());
     output.append(buffer, fitting);
-    if (fitting < static_cast<size_t>(got))
+    if (fitting < static_cast<size_t>(got)) {
         return ReadState::kLimit;
+    }
     return got == 0 ? ReadState::kEnd : ReadState::kMore;
 }
 
 /** Leaves the process uncollected, so that its group can't become someone else's. */
 bool HasEnded(pid_t pid) {
     siginfo_t info = {};
-    if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0)
+    if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) {
         return errno == ECHILD;
+    }
     return info.si_pid == pid;
 }
 
@@ -78,16 +83,21 @@ ProgramEnd Collect(pid_t pid, Fd pipe, const ProgramLimits& limits, std::string&
     for (;;) {
         const bool ended = HasEnded(pid);  // before the last read, so that nothing is missed
         ReadState state = ReadState::kMore;
-        while (pipe && state == ReadState::kMore)
+        while (pipe && state == ReadState::kMore) {
             state = ReadSome(pipe.Get(), limits.output, output);
-        if (state == ReadState::kLimit)
+        }
+        if (state == ReadState::kLimit) {
             return ProgramEnd::kOutputLimit;
-        if (ended)
+        }
+        if (ended) {
             return ProgramEnd::kExited;
-        if (Clock::now() >= deadline)
+        }
+        if (Clock::now() >= deadline) {
             return ProgramEnd::kTimeLimit;
-        if (state == ReadState::kEnd)
+        }
+        if (state == ReadState::kEnd) {
             pipe.Reset();
+        }
         pollfd waited = {pipe.Get(), POLLIN, 0};
         poll(&waited, 1, MillisecondsUntil(deadline));
     }
@@ -101,8 +111,9 @@ void Finish(pid_t pid, ProgramResult& result) {
     do {
         waited = waitpid(pid, &status, 0);
     } while (waited < 0 && errno == EINTR);
-    if (result.end != ProgramEnd::kExited)
+    if (result.end != ProgramEnd::kExited) {
         return;
+    }
     if (waited != pid) {
         result.end = ProgramEnd::kUnknown;
     } else if (WIFSIGNALED(status)) {
@@ -120,11 +131,13 @@ ProgramResult RunProgram(const std::vector<std::string>& argv, const ProgramLimi
     Pipe pipe;
     result.status = OpenPipe(pipe);
     pid_t pid = -1;
-    if (result.status == 0)
+    if (result.status == 0) {
         result.status = StartProgram(argv, pipe.write.Get(), pid);
+    }
     ThrowOnShortage(result.status);
-    if (result.status != 0)
+    if (result.status != 0) {
         return result;
+    }
     pipe.write.Reset();
     try {
         result.end = Collect(pid, std::move(pipe.read), limits, result.output);

@@ -12,8 +12,9 @@ namespace vornplatform {
  * KLIBC_ERR_RESOURCE.
  */
 inline void ThrowOnShortage(int error) {
-    if (error == ENOMEM || error == EMFILE || error == ENFILE)
+    if (error == ENOMEM || error == EMFILE || error == ENFILE) {
         throw std::bad_alloc();
+    }
 }
 
 }  // namespace vornplatform

@@ -36,8 +36,9 @@ bool ResetSignals() {
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
     // Those that can't be set (SIGKILL, and two of the C library) are neither.
-    for (int signal = 1; signal < _NSIG; ++signal)
+    for (int signal = 1; signal < _NSIG; ++signal) {
         sigaction(signal, &action, nullptr);
+    }
     sigset_t none;
     sigemptyset(&none);
     return sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
@@ -50,8 +51,9 @@ bool OpenNull(int as, int flags) {
 
 /** Closes before it opens: the host program may have as many open as it may have. */
 bool ArrangeDescriptors(int output) {
-    if (dup2(output, 1) != 1)
+    if (dup2(output, 1) != 1) {
         return false;
+    }
     close(0);
     closefrom(2);
     return OpenNull(0, O_RDONLY) && OpenNull(2, O_WRONLY);
@@ -61,8 +63,9 @@ bool ArrangeDescriptors(int output) {
 bool AllowDescriptors() {
     constexpr rlim_t kUsual = 1024;
     rlimit limit;
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
         return false;
+    }
     limit.rlim_cur = std::max(limit.rlim_cur, std::min(kUsual, limit.rlim_max));
     return setrlimit(RLIMIT_NOFILE, &limit) == 0;
 }
@@ -82,8 +85,10 @@ bool TakeOneIdentity(uid_t user, gid_t group) {
 int Become(void* argument) {
     Plan& plan = *static_cast<Plan*>(argument);
     if (TakeOneIdentity(plan.user, plan.group) && setpgid(0, 0) == 0 &&
-        ArrangeDescriptors(plan.output) && chdir("/") == 0 && AllowDescriptors() && ResetSignals())
+        ArrangeDescriptors(plan.output) && chdir("/") == 0 && AllowDescriptors() &&
+        ResetSignals()) {
         execve(plan.argv[0], plan.argv, plan.environment);
+    }
     plan.error = errno;
     return 127;
 }
@@ -123,15 +128,17 @@ pid_t StartChild(Plan& plan) {
 
 int StartProgram(const std::vector<std::string>& argv, int output, pid_t& pid) {
     std::vector<char*> arguments;
-    for (const std::string& argument : argv)
+    for (const std::string& argument : argv) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
     arguments.push_back(nullptr);
     char locale[] = "LC_ALL=C";
     char* environment[] = {locale, nullptr};
     Plan plan = {arguments.data(), environment, output, geteuid(), getegid(), 0};
     const pid_t child = StartChild(plan);
-    if (child < 0)
+    if (child < 0) {
         return errno;
+    }
     if (plan.error == 0) {
         pid = child;
         return 0;

@@ -16,8 +16,9 @@ constexpr char kSource[] = "hidden";
 }  // namespace
 
 int VORNEAHiddenDirGet(KLIBC_SZLIST** list) try {
-    if (list == nullptr || *list == nullptr)
+    if (list == nullptr || *list == nullptr) {
         return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
     std::vector<std::string> names;
     if (const int error = vornplatform::ReadHiddenNames(names); error != 0) {
         vornplatform::Log(LOG_ERR, kSource, __LINE__,

@@ -36,8 +36,9 @@ std::vector<std::string> ParseHiddenList(std::string_view text) {
     std::vector<std::string> names;
     while (!text.empty()) {
         const std::string_view line = Trim(TakeLine(text));
-        if (!line.empty() && line.front() != '#')
+        if (!line.empty() && line.front() != '#') {
             names.emplace_back(line);
+        }
     }
     return names;
 }
@@ -45,10 +46,11 @@ std::vector<std::string> ParseHiddenList(std::string_view text) {
 int ReadHiddenNames(std::vector<std::string>& names) {
     std::string text;
     const int error = ReadTextFileOrThrow(kHiddenListPath, text);
-    if (error == KLIBC_ERR_NOT_FOUND)
+    if (error == KLIBC_ERR_NOT_FOUND) {
         names.assign(std::begin(kBuiltIn), std::end(kBuiltIn));
-    else if (error == 0)
+    } else if (error == 0) {
         names = ParseHiddenList(text);
+    }
     return error == KLIBC_ERR_NOT_FOUND ? 0 : error;
 }
 

@@ -21,8 +21,9 @@ using Chain = std::vector<VORN_MOUNT_VOL_INFO>;
 vornplatform::PerThread<Chain> chainOfThread;
 
 bool Fits(const std::string& volume) {
-    if (volume.size() < sizeof(VORN_MOUNT_VOL_INFO::szMountPath))
+    if (volume.size() < sizeof(VORN_MOUNT_VOL_INFO::szMountPath)) {
         return true;
+    }
     vornplatform::Log(LOG_WARNING, kSource, __LINE__,
                       "Skipped a volume whose path is too long: " + vornplatform::Escape(volume));
     return false;
@@ -31,14 +32,16 @@ bool Fits(const std::string& volume) {
 Chain MakeChain(const std::vector<std::string>& volumes) {
     Chain chain;
     for (const std::string& volume : volumes) {
-        if (!Fits(volume))
+        if (!Fits(volume)) {
             continue;
+        }
         VORN_MOUNT_VOL_INFO record = {};
         std::memcpy(record.szMountPath, volume.c_str(), volume.size() + 1);
         chain.push_back(record);
     }
-    for (size_t i = 1; i < chain.size(); ++i)
+    for (size_t i = 1; i < chain.size(); ++i) {
         chain[i - 1].pNext = &chain[i];
+    }
     return chain;
 }
 
@@ -53,8 +56,9 @@ VORN_MOUNT_VOL_INFO* VORNMountVolAllEnum(int /*type*/, int /*state*/, int /*flag
         return nullptr;
     }
     lastChain = MakeChain(volumes);
-    if (lastChain.empty())
+    if (lastChain.empty()) {
         vornplatform::Fail(KLIBC_ERR_NOT_FOUND, kSource, __LINE__);
+    }
     return lastChain.empty() ? nullptr : lastChain.data();
 } catch (const std::exception&) {
     vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);

@@ -36,8 +36,9 @@ std::vector<std::string> SelectVolumes(FILE* table) {
     mntent entry;
     while (getmntent_r(table, &entry, line.data(), static_cast<int>(line.size())) != nullptr) {
         if (IsVolume(entry.mnt_dir) &&
-            std::find(volumes.begin(), volumes.end(), entry.mnt_dir) == volumes.end())
+            std::find(volumes.begin(), volumes.end(), entry.mnt_dir) == volumes.end()) {
             volumes.emplace_back(entry.mnt_dir);
+        }
     }
     return volumes;
 }

@@ -10,9 +10,10 @@ using namespace vornplatform;
 
 std::vector<std::string> Texts(const std::vector<Connection>& connections) {
     std::vector<std::string> texts;
-    for (const Connection& it : connections)
+    for (const Connection& it : connections) {
         texts.push_back(std::to_string(it.pid) + ' ' + it.host + ' ' + it.user + ' ' +
                         std::to_string(it.type));
+    }
     return texts;
 }
 

@@ -17,8 +17,9 @@ std::string Session(const std::string& pid, const std::string& uid, const std::s
 
 std::string Sessions(const std::vector<std::string>& sessions) {
     std::string text = R"({"version": "4.17.12", "smb_conf": "smb.conf", "sessions": {)";
-    for (std::size_t i = 0; i < sessions.size(); ++i)
+    for (std::size_t i = 0; i < sessions.size(); ++i) {
         text += (i == 0 ? "\"" : ", \"") + std::to_string(i) + "\": " + sessions[i];
+    }
     return text + "}}";
 }
 
@@ -67,10 +68,11 @@ TEST(SmbStatus, LeavesOutSessionsThatSayNothing) {
         "\"1\"",
         "null",
     };
-    for (const std::string& row : rows)
+    for (const std::string& row : rows) {
         EXPECT_EQ(ParseSmbStatus(Sessions({row, Session("\"8667\"", "5002", "\"bob\"")})),
                   (SmbUsers{{8667, {"bob"}}}))
             << row;
+    }
 }
 
 TEST(SmbStatus, RefusesTextOfAnotherForm) {
@@ -88,8 +90,9 @@ TEST(SmbStatus, RefusesTextOfAnotherForm) {
         Sessions({}) + Sessions({}),
         std::string(100000, '['),
         "{\"sessions\": {\"1\": " + std::string(100, '[') + std::string(100, ']') + "}}"};
-    for (const std::string& row : rows)
+    for (const std::string& row : rows) {
         EXPECT_FALSE(ParseSmbStatus(row)) << row.substr(0, 60);
+    }
 }
 
 }  // namespace

@@ -75,8 +75,9 @@ extern "C" ssize_t getdents64(int fd, void* buffer, size_t size) {
         return -1;
     }
     const ssize_t got = real(fd, buffer, size);
-    if (hideTypes)
+    if (hideTypes) {
         HideTypes(static_cast<char*>(buffer), got);
+    }
     return got;
 }
 
@@ -108,15 +109,17 @@ TEST_F(Directory, AppendsBehindWhatTheListHolds) {
 }
 
 TEST_F(Directory, ReadsTenThousandEntriesInFewCalls) {
-    for (int i = 0; i < 10000; ++i)
+    for (int i = 0; i < 10000; ++i) {
         ASSERT_EQ(symlink("x", (folder_ + "/" + std::to_string(i)).c_str()), 0);
+    }
     EXPECT_EQ(List(0), 10000);
     EXPECT_LE(listingCalls, 8);
 }
 
 TEST_F(Directory, AppendsNothingWhenReadingFailsInTheMiddle) {
-    for (int i = 0; i < 5000; ++i)
+    for (int i = 0; i < 5000; ++i) {
         ASSERT_EQ(symlink("x", (folder_ + "/" + std::to_string(i)).c_str()), 0);
+    }
     list_.Push("old");
     failFromCall = 2;
     EXPECT_LT(List(0), 0);

@@ -24,8 +24,9 @@ TEST(StringList, HoldsTextsLongerThanAChunkBetweenShortOnes) {
     const StringList list;
     const std::vector<std::string> texts = {"a", std::string(1000000, 'x'), "", "b\xff\n"};
     for (int round = 0; round < 3; ++round) {
-        for (const std::string& text : texts)
+        for (const std::string& text : texts) {
             ASSERT_GT(list.Push(text), 0);
+        }
         EXPECT_EQ(list.Texts(), texts);
         KLIBCSzListRemoveAll(list.Get());
         EXPECT_EQ(list.Get()->nItem, 0);
@@ -39,8 +40,9 @@ TEST(StringList, CostsNoMoreThanItsBytesAndSixteenAnItem) {
         const size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
         const StringList list;
         const std::string text(length, 'n');
-        for (int i = 0; i < kItems; ++i)
+        for (int i = 0; i < kItems; ++i) {
             list.Push(text);
+        }
         const size_t cost = mallinfo2().uordblks + mallinfo2().hblkhd - before;
         EXPECT_LE(cost, kItems * (length + 16)) << length;
     }
@@ -49,8 +51,9 @@ TEST(StringList, CostsNoMoreThanItsBytesAndSixteenAnItem) {
 TEST(StringList, ReusesItsMemoryWhenEmptied) {
     const StringList list;
     const auto fill = [&list] {
-        for (int i = 0; i < 250000; ++i)
+        for (int i = 0; i < 250000; ++i) {
             list.Push(std::to_string(i));
+        }
     };
     fill();
     const size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
@@ -77,8 +80,9 @@ TEST(StringList, RefusesNullsAndStaysAsItWas) {
     list.Push("only");
     KLIBC_SZLIST* none = nullptr;
     for (const int result : {KLIBCSzListPush(list.Address(), nullptr),
-                             KLIBCSzListPush(nullptr, "x"), KLIBCSzListPush(&none, "x")})
+                             KLIBCSzListPush(nullptr, "x"), KLIBCSzListPush(&none, "x")}) {
         EXPECT_LT(result, 0);
+    }
     EXPECT_EQ(KLIBCErrGet(), KLIBC_ERR_BAD_PARAM);
     EXPECT_EQ(list.Texts(), std::vector<std::string>{"only"});
 }

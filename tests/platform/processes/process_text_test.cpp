@@ -42,8 +42,9 @@ TEST(ProcessStat, RefusesTextOfAnotherForm) {
                                 "42 (sshd) S x" + kRest,
                                 "42 (sshd) S 99999999999" + kRest,
                                 "42 sshd S 7" + kRest};
-    for (const std::string& row : rows)
+    for (const std::string& row : rows) {
         EXPECT_FALSE(ParseProcessStat(row)) << row;
+    }
 }
 
 TEST(ProcessStatus, GivesTheRealAndTheEffectiveUser) {
@@ -87,8 +88,9 @@ TEST(AuditId, IsNothingWhereNoneIsSet) {
         {"4294967296", std::nullopt},
         {"12 ", std::nullopt},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(ParseAuditId(row.text), row.id) << row.text;
+    }
 }
 
 TEST(SocketLink, GivesTheInodeOfASocketAlone) {
@@ -106,8 +108,9 @@ TEST(SocketLink, GivesTheInodeOfASocketAlone) {
         {"/volume1/socket:[29024]", std::nullopt},
         {"", std::nullopt},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(ParseSocketLink(row.link), row.inode) << row.link;
+    }
 }
 
 TEST(ExecutableName, OutlivesAnUpgradeOfTheProgram) {
@@ -123,8 +126,9 @@ TEST(ExecutableName, OutlivesAnUpgradeOfTheProgram) {
         {"/", ""},
         {"", ""},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(ExecutableName(row.link), row.name) << row.link;
+    }
 }
 
 }  // namespace

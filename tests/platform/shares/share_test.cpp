@@ -32,8 +32,9 @@ constexpr char kConfig[] = "/etc/samba/smb.conf";
 
 Pairs ToPairs(const std::vector<vornplatform::Share>& shares) {
     Pairs pairs;
-    for (const auto& share : shares)
+    for (const auto& share : shares) {
         pairs.emplace_back(share.name, share.path);
+    }
     return pairs;
 }
 
@@ -89,8 +90,9 @@ TEST(SharePath, IsNormalAndOnAVolume) {
         {longest, longest},
         {longest + "a", ""},
     };
-    for (const auto& [path, expected] : rows)
+    for (const auto& [path, expected] : rows) {
         EXPECT_EQ(vornplatform::SharePath(path), expected) << path;
+    }
 }
 
 TEST(ShareTable, KeepsBothSharesOfOneNameUnderDistinctNames) {
@@ -134,8 +136,9 @@ TEST(SambaDump, SaysWhereUsersharesAre) {
 TEST(SambaDump, IsNothingForAnotherText) {
     for (const std::string_view text :
          {""sv, "Segmentation fault"sv, "[a]\n\tpath = /volume1/a\n"sv, "\n\n\xff["sv,
-          "[global]\n[a\0b]\n\tpath = /volume1/a\n"sv})
+          "[global]\n[a\0b]\n\tpath = /volume1/a\n"sv}) {
         EXPECT_FALSE(vornplatform::ParseSambaDump(text)) << text;
+    }
 }
 
 TEST(SambaConfig, NamesTheFilesThatItIncludes) {
@@ -156,8 +159,9 @@ TEST(Usershare, IsReadFromItsFile) {
     ASSERT_TRUE(second);
     EXPECT_EQ(second->name, "Pub");
     for (const char* text : {"", "path=/volume1/a\n", "#VERSION 9\npath=/volume1/a\n",
-                             "#VERSION 2\npath=/srv/a\n", "#VERSION 2\n"})
+                             "#VERSION 2\npath=/srv/a\n", "#VERSION 2\n"}) {
         EXPECT_FALSE(vornplatform::ParseUsershare("a", text)) << text;
+    }
 }
 
 TEST(NfsExports, GiveTheFoldersOnVolumesNamedByTheirLastElement) {
@@ -178,8 +182,9 @@ TEST(Shares, AreTopLevelFoldersWhereTheHostExportsNothing) {
     SKIP_WITHOUT_MOUNTS();
     InPrivateRoot([] {
         for (const char* folder : {"/volume1/photo/inner", "/volume1/music", "/volume2/photo",
-                                   "/volume1/lost+found", "/volume1/.x", "/volume1/@x"})
+                                   "/volume1/lost+found", "/volume1/.x", "/volume1/@x"}) {
             MakeFolder(folder);
+        }
         WriteFile("/volume1/file", "");
         KLIBCErrSetEx(0, "", 0);
         EXPECT_THAT(ListedShares(),
@@ -255,8 +260,9 @@ TEST(Shares, AskTestparmOnceUntilAFileChanges) {
     InPrivateRoot([] {
         WriteFile(kConfig, "include = /etc/samba/more.conf\n");
         ReplaceTestparm("[ \"$*\" = -s ] && printf '[global]\\n[a]\\n\\tpath = /volume1/a\\n'");
-        for (int i = 0; i < 5; ++i)
+        for (int i = 0; i < 5; ++i) {
             EXPECT_THAT(ListedShares(), ElementsAre(Pair("a", "/volume1/a")));
+        }
         EXPECT_EQ(Runs(), 1);
         long runs = 1;
         for (const char* changed : {kConfig, "/etc/samba/more.conf", "/var/lib/samba/registry.tdb",
@@ -312,8 +318,9 @@ TEST(Shares, CostNothingWhenNobodyReleasesTheRecords) {
         WriteFile("/etc/exports", "/volume1/a *\n/volume1/b *\n");
         ListedShares();
         const size_t before = mallinfo2().uordblks;
-        for (int i = 0; i < 10000; ++i)
+        for (int i = 0; i < 10000; ++i) {
             ASSERT_EQ(ListedShares().size(), 2U);
+        }
         EXPECT_LE(mallinfo2().uordblks, before + 4096);
     });
 }

@@ -73,8 +73,9 @@ TEST(ProcNetTcp, RefusesALineOfAnotherForm) {
         "0: 0100007F 0200007F:91B9 01 0:0 0:0 0 0 0 5",
         "0: :08AE 0200007F:91B9 01 0:0 0:0 0 0 0 5",
     };
-    for (const char* row : rows)
+    for (const char* row : rows) {
         EXPECT_FALSE(ParseProcNetTcpLine(row)) << row;
+    }
 }
 
 TEST(ProcNetTcp, PassesOverLinesOfAnotherForm) {

@@ -144,8 +144,9 @@ TEST(SockDiag, AgreesWithProcNetTcp) {
         Sort(listed);
         ASSERT_EQ(dumped.size(), 9U);
         ASSERT_EQ(listed.size(), dumped.size());
-        for (std::size_t i = 0; i < dumped.size(); ++i)
+        for (std::size_t i = 0; i < dumped.size(); ++i) {
             EXPECT_EQ(Key(dumped[i]), Key(listed[i])) << i;
+        }
     });
 }
 

@@ -13,8 +13,9 @@ using namespace vornplatform;
 IpAddress Address(const char* text) {
     IpAddress address{};
     std::uint32_t ipv4 = 0;
-    if (inet_pton(AF_INET, text, &ipv4) == 1)
+    if (inet_pton(AF_INET, text, &ipv4) == 1) {
         return MapIpv4(&ipv4);
+    }
     EXPECT_EQ(inet_pton(AF_INET6, text, address.data()), 1) << text;
     return address;
 }
@@ -46,8 +47,9 @@ TEST(AddressText, IsNumericWhateverTheFamily) {
         {"fe80::1", 4000000000U, "fe80::1%4000000000"},
         {"::192.0.2.7", 0, "::192.0.2.7"},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(AddressText(Address(row.address), row.scope), row.text) << row.address;
+    }
 }
 
 TEST(ClientSocket, HasALocalPortThatIsListenedOn) {

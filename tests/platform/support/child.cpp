@@ -20,8 +20,9 @@ Child::Child(const std::function<void()>& body) {
         close(running[0]);
         body();
         close(running[1]);
-        for (;;)
+        for (;;) {
             pause();
+        }
     }
     close(running[1]);
     char byte;

@@ -52,11 +52,13 @@ bool RaiseLoopback() {
 }
 
 [[noreturn]] void RunInChild(const std::function<void()>& body) {
-    if (unshare(CLONE_NEWNET) != 0)
+    if (unshare(CLONE_NEWNET) != 0) {
         _exit(errno == EPERM ? kNotPermitted : kFailed);
+    }
     EXPECT_TRUE(RaiseLoopback());
-    if (!testing::Test::HasFailure())
+    if (!testing::Test::HasFailure()) {
         body();
+    }
     EndChild(testing::Test::HasFailure() ? kFailed : 0);
 }
 
@@ -66,12 +68,14 @@ void InPrivateNetwork(const std::function<void()>& body) {
     std::fflush(nullptr);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
-    if (child == 0)
+    if (child == 0) {
         RunInChild(body);
+    }
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotPermitted)
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotPermitted) {
         GTEST_SKIP() << "this user may not make a network namespace";
+    }
     EXPECT_EQ(status, 0) << "in the private network";
 }
 

@@ -18,8 +18,9 @@ namespace {
 namespace fs = std::filesystem;
 
 void Must(bool done, const char* step) {
-    if (done)
+    if (done) {
         return;
+    }
     perror(step);
     _exit(2);
 }
@@ -33,14 +34,18 @@ void BuildRoot(const std::string& root) {
     Must(unshare(CLONE_NEWNS) == 0, "unshare");
     Must(mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0, "private mounts");
     Mount("tmpfs", root, "tmpfs", 0);
-    for (const char* shared : {"/usr", "/proc", "/dev"})
+    for (const char* shared : {"/usr", "/proc", "/dev"}) {
         Mount(shared, root + shared, "none", MS_BIND | MS_REC);
-    for (const char* link : {"bin", "lib", "lib64", "sbin"})
+    }
+    for (const char* link : {"bin", "lib", "lib64", "sbin"}) {
         fs::create_symlink(std::string("usr/") + link, root + "/" + link);
-    for (const char* folder : {"/etc/samba", "/var/lib/samba", "/run/samba", "/tmp"})
+    }
+    for (const char* folder : {"/etc/samba", "/var/lib/samba", "/run/samba", "/tmp"}) {
         fs::create_directories(root + folder);
-    for (const char* volume : {"/volume1", "/volume2"})
+    }
+    for (const char* volume : {"/volume1", "/volume2"}) {
         Mount("tmpfs", root + volume, "tmpfs", 0);
+    }
     Must(chroot(root.c_str()) == 0 && chdir("/") == 0, "chroot");
 }
 
@@ -63,8 +68,9 @@ void InPrivateRoot(const std::function<void()>& body) {
     fflush(nullptr);
     const pid_t child = fork();
     ASSERT_GE(child, 0);
-    if (child == 0)
+    if (child == 0) {
         RunChild(root, body);
+    }
     int status = 0;
     EXPECT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0) << "the child's failures stand above";
@@ -73,8 +79,9 @@ void InPrivateRoot(const std::function<void()>& body) {
 
 bool CanMount() {
     const pid_t child = fork();
-    if (child == 0)
+    if (child == 0) {
         _exit(unshare(CLONE_NEWNS) == 0 ? 0 : 1);
+    }
     int status = 1;
     return waitpid(child, &status, 0) == child && status == 0;
 }

@@ -52,8 +52,9 @@ std::string IdentitySeen(const Identity& host) {
 }  // namespace
 
 TEST(RunProgram, GivesOneIdentity) {
-    if (geteuid() != 0)
+    if (geteuid() != 0) {
         GTEST_SKIP() << "needs root to take other ids";
+    }
     const std::string root = "Uid:\t0\t0\t0\t0\nGid:\t0\t0\t0\t0\n";
     const std::string user = "Uid:\t1000\t1000\t1000\t1000\nGid:\t1000\t1000\t1000\t1000\n";
     const struct {
@@ -144,8 +145,9 @@ TEST(RunProgram, WaitsForNoGrandchildThatHoldsThePipe) {
     EXPECT_EQ(result.end, ProgramEnd::kExited);
     const pid_t grandchild = std::stoi(result.output);
     const vornplatform::Fd watched(static_cast<int>(syscall(SYS_pidfd_open, grandchild, 0)));
-    if (!watched)
+    if (!watched) {
         return;  // killed with the group, and collected already
+    }
     pollfd end = {watched.Get(), POLLIN, 0};
     EXPECT_EQ(poll(&end, 1, 60000), 1);
 }
@@ -182,8 +184,9 @@ TEST(RunProgram, WorksInAHostWithoutStandardDescriptors) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        for (const int fd : {0, 1, 2})
+        for (const int fd : {0, 1, 2}) {
             close(fd);
+        }
         _exit(Shell("cat; echo out").output == "out\n" ? 0 : 1);
     }
     int status = 0;

@@ -21,9 +21,11 @@ List SeenOf(pid_t pid) {
     EXPECT_GE(count, 0);
     const std::unique_ptr<VORN_CURCONN, decltype(&std::free)> owner(records, std::free);
     List seen;
-    for (int i = 0; i < count; ++i)
-        if (records[i].pid == static_cast<std::uint32_t>(pid))
+    for (int i = 0; i < count; ++i) {
+        if (records[i].pid == static_cast<std::uint32_t>(pid)) {
             seen.push_back({records[i].szHost, records[i].szUser, records[i].type});
+        }
+    }
     return seen;
 }
 

@@ -22,8 +22,9 @@ public:
     }
     std::vector<std::string> Texts() const {
         std::vector<std::string> texts;
-        for (int i = 0; i < list_->nItem; ++i)
+        for (int i = 0; i < list_->nItem; ++i) {
             texts.emplace_back(KLIBCSzListGet(list_, i));
+        }
         return texts;
     }
 

@@ -31,8 +31,9 @@ TEST(HiddenDirectories, AreBuiltInWithoutAListOfTheAdministrator) {
         EXPECT_EQ(count, list.Get()->nItem - 1);
         for (const char* name :
              {"old", "/lost+found", "/.snapshot", "/.snapshots", "/.zfs", "/.recycle", "/.Trash-",
-              "/.AppleDouble", "/.AppleDB", "/.TemporaryItems"})
+              "/.AppleDouble", "/.AppleDB", "/.TemporaryItems"}) {
             EXPECT_THAT(list.Texts(), Contains(name));
+        }
         EXPECT_THAT(list.Texts(), testing::Not(Contains("")));
     });
 }
@@ -61,8 +62,10 @@ TEST(HiddenDirectories, FailWhereTheListCannotBeRead) {
 
 TEST(HiddenDirectories, AreNoShares) {
     const std::vector<std::string> hidden = {"/lost+found", "/tmp-"};
-    for (const char* name : {".x", "@x", "lost+found", "tmp-1"})
+    for (const char* name : {".x", "@x", "lost+found", "tmp-1"}) {
         EXPECT_TRUE(vornplatform::IsHiddenFolder(name, hidden)) << name;
-    for (const char* name : {"photo", "x.y", "x@y", "tmp", "a lost+found"})
+    }
+    for (const char* name : {"photo", "x.y", "x@y", "tmp", "a lost+found"}) {
         EXPECT_FALSE(vornplatform::IsHiddenFolder(name, hidden)) << name;
+    }
 }

@@ -26,8 +26,9 @@ std::vector<std::string> Select(std::string text) {
 
 std::vector<std::string> MountedVolumes() {
     std::vector<std::string> paths;
-    for (auto* volume = VORNMountVolAllEnum(0, 3, 2); volume != nullptr; volume = volume->pNext)
+    for (auto* volume = VORNMountVolAllEnum(0, 3, 2); volume != nullptr; volume = volume->pNext) {
         paths.emplace_back(volume->szMountPath);
+    }
     return paths;
 }
 
@@ -109,8 +110,9 @@ TEST(Volume, CostsNothingWhenNobodyReleasesTheChain) {
     InPrivateRoot([] {
         ASSERT_EQ(MountedVolumes().size(), 2U);
         const size_t before = mallinfo2().uordblks;
-        for (int i = 0; i < 10000; ++i)
+        for (int i = 0; i < 10000; ++i) {
             ASSERT_NE(VORNMountVolAllEnum(0, 3, 2), nullptr);
+        }
         EXPECT_LE(mallinfo2().uordblks, before + 4096);
     });
 }
