@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "fuzz/text_input.h"
-#include "platform/linux/texts/languages.h"
+#include "platform/linux/texts/texts_folder.h"
 #include "src/filehandle_internal.h"
 
 namespace fh = VORN::FileHandle;

@@ -1,7 +1,7 @@
 // The administrator's list of hidden directories.
 
 #include "fuzz/text_input.h"
-#include "platform/linux/volumes/hidden_names.h"
+#include "platform/linux/volumes/hidden_list.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (const std::string& name : vornplatform::ParseHiddenList(TextOf(data, size))) {

@@ -5,17 +5,17 @@
 #include <string>
 
 #include "fuzz/text_input.h"
-#include "platform/linux/support/lines.h"
-#include "platform/linux/texts/languages.h"
+#include "platform/linux/texts/language_folders.h"
+#include "support/text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string_view text = TextOf(data, size);
-    const std::string locale(vornplatform::TakeLine(text));
+    const std::string locale(support::TakeLine(text));
     constexpr std::array<std::string_view, 4> kNames = {"LANGUAGE", "LC_ALL", "LC_MESSAGES",
                                                         "LANG"};
     std::array<std::string, kNames.size()> values;
     for (std::string& value : values) {
-        value = vornplatform::TakeLine(text);
+        value = support::TakeLine(text);
     }
     const auto lookup = [&](const char* name) -> const char* {
         const auto found = std::find(kNames.begin(), kNames.end(), name);

@@ -1,13 +1,13 @@
 // Unit files and text bundles. The first two lines name section and key, the rest is the file.
 
 #include "fuzz/text_input.h"
-#include "platform/linux/support/lines.h"
 #include "platform/linux/units/section_value.h"
+#include "support/text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::string_view text = TextOf(data, size);
-    const std::string_view section = vornplatform::TakeLine(text);
-    const std::string_view key = vornplatform::TakeLine(text);
+    const std::string_view section = support::TakeLine(text);
+    const std::string_view key = support::TakeLine(text);
     const auto value = vornplatform::SectionValue(text, section, key);
     if (!value) {
         return 0;

@@ -14,7 +14,6 @@ namespace FileHandle {
 namespace {
 
 constexpr char kSource[] = "filehandle_filter_path";
-constexpr int kShareFlags = 0x7F0F;
 
 int ExtractSharePath(const std::string& fullPath, std::string& path) {
     if (!PathBeginWithVolume(fullPath)) {
@@ -34,7 +33,7 @@ int GetSharePathList(StringList& paths) {
                KLIBCErrGet());
         return -1;
     }
-    const int count = VORNShareEnum(names.Handle(), kShareFlags);
+    const int count = VORNShareEnum(names.Handle(), VORN_SHARE_ALL);
     if (count < 0) {
         syslog(LOG_ERR, "%s:%d Failed to get share, vornerr=[0x%04X]", kSource, 72, KLIBCErrGet());
         return -1;

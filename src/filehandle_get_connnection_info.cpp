@@ -6,6 +6,7 @@
 #include <boost/lexical_cast.hpp>
 
 #include "src/filehandle_internal.h"
+#include "support/owner.h"
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/process.h"
@@ -17,19 +18,12 @@ namespace {
 
 constexpr char kSource[] = "filehandle_get_connnection_info";
 
-struct BlockFree {
-    void operator()(VORN_CURCONN* block) const { free(block); }
-};
-struct ProcFree {
-    void operator()(KLIBC_PROC* process) const { KLIBCProcFree(process); }
-};
-
 /** 0 when there is no such process or it has no parent. */
 int ParentOf(int pid) {
     KLIBC_PROC* found = nullptr;
     const int result = KLIBCProcGetByPid(pid, &found);
     // Freed also when it came with a failure.
-    const std::unique_ptr<KLIBC_PROC, ProcFree> process(found);
+    const support::Owner<KLIBC_PROC, KLIBCProcFree> process(found);
     return result < 0 || !process ? 0 : process->ppid;
 }
 
@@ -53,7 +47,7 @@ private:
     int Walk(int pid);
     const VORN_CURCONN* Lookup(const std::string& pid) const;
 
-    const std::unique_ptr<VORN_CURCONN, BlockFree> block_;
+    const support::Owner<VORN_CURCONN, free> block_;
     const int count_;
     std::unordered_map<std::string, const VORN_CURCONN*> index_;
     /** Where a walk that meets this pid ends: itself for a connection, 0 for nothing above. */

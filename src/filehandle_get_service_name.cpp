@@ -11,8 +11,12 @@
 #include <exception>
 
 #include "src/filehandle_internal.h"
+#include "support/descriptor.h"
+#include "support/read_all.h"
+#include "support/text.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
+#include "vorn/platform/service.h"
 #include "vorn/platform/string_bundle.h"
 
 namespace VORN {
@@ -21,39 +25,27 @@ namespace FileHandle {
 namespace {
 
 constexpr char kSource[] = "filehandle_get_service_name";
-constexpr char kSection[] = "X-Vornalis";
+constexpr char kSection[] = VORN_UNIT_SECTION;
 constexpr char kDefaultReference[] = "service:internal_service";
-
-/** Reads what is left of a file, up to a size that no control-group file reaches. */
-void ReadAll(int file, std::string& text) {
-    constexpr size_t kStep = 4096;
-    constexpr size_t kLimit = 1 << 20;
-    size_t used = 0;
-    ssize_t length = 0;
-    do {
-        text.resize(used + kStep);
-        length = read(file, &text[used], kStep);
-        used += length > 0 ? static_cast<size_t>(length) : 0;
-    } while (length == static_cast<ssize_t>(kStep) && used < kLimit);
-    text.resize(used);
-}
 
 /** Opens and reads the control-group file of a process. */
 bool ControlGroupRead(const std::string& pid, std::string& text) {
-    int file = -1;
+    constexpr size_t kLimit = 1 << 20;  // which no such file reaches
+    support::Descriptor file;
     try {
-        file = open(("/proc/" + pid + "/cgroup").c_str(), O_RDONLY | O_CLOEXEC);
+        file =
+            support::Descriptor(open(("/proc/" + pid + "/cgroup").c_str(), O_RDONLY | O_CLOEXEC));
     } catch (const std::exception& error) {
         syslog(LOG_ERR, "%s:%d Failed to open pid %s cgroup, error=[%s]", kSource, 136, pid.c_str(),
                error.what());
         return false;
     }
-    if (file < 0) {
+    if (!file) {
         syslog(LOG_ERR, "%s:%d Failed to open pid %s cgroup", kSource, 141, pid.c_str());
         return false;
     }
-    const FileCloser closer(file);
-    ReadAll(file, text);
+    // What could be read counts, also before an error.
+    support::ReadAll(file.Get(), kLimit, text, support::EndSign::kShortRead);
     return true;
 }
 
@@ -123,12 +115,12 @@ bool SplitString(const std::string& text, std::vector<std::string>& fields,
 // 9:name=systemd:/sshd.slice/sshd.service
 bool ControlGroupLineParse(std::string_view line, std::string& path) {
     // Most lines are of other hierarchies: not worth splitting.
-    if (line.find(":name=systemd:") == std::string_view::npos) {
+    if (line.find(":" VORN_UNIT_HIERARCHY ":") == std::string_view::npos) {
         return false;
     }
     std::vector<std::string> fields;
     if (!SplitString(std::string(line), fields, ":") || fields.size() != 3 ||
-        fields[1] != "name=systemd") {
+        fields[1] != VORN_UNIT_HIERARCHY) {
         return false;
     }
     path = std::move(fields[2]);
@@ -139,9 +131,7 @@ bool ControlGroupUnitGet(std::string_view text, std::string& unit) {
     std::string path;
     bool found = false;
     while (!found && !text.empty()) {
-        const size_t end = std::min(text.find('\n'), text.size());
-        found = ControlGroupLineParse(text.substr(0, end), path);
-        text.remove_prefix(std::min(end + 1, text.size()));
+        found = ControlGroupLineParse(support::TakeLine(text), path);
     }
     // The path begins with "/": the first component is the empty text before it.
     std::vector<std::string> components;

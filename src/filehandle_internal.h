@@ -10,9 +10,6 @@
  * the text they belong to, they are not __LINE__, and they stay when code moves.
  */
 
-#include <unistd.h>
-
-#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -71,18 +68,6 @@ private:
     static constexpr int kInitialSize = 512;
 
     KLIBC_SZLIST* list_;
-};
-
-/** Owner of a file descriptor. */
-class FileCloser {
-public:
-    explicit FileCloser(int file) : file_(file) {}
-    ~FileCloser() { close(file_); }
-    FileCloser(const FileCloser&) = delete;
-    FileCloser& operator=(const FileCloser&) = delete;
-
-private:
-    int file_;
 };
 
 /** @name Inside filehandle_get_service_name. @{ */

@@ -2,23 +2,17 @@
 
 #include <algorithm>
 
+#include "support/text.h"
+
 namespace VORN {
 namespace FileHandle {
-
-namespace {
-
-bool BeginsWith(std::string_view text, std::string_view prefix) {
-    return text.compare(0, prefix.size(), prefix) == 0;
-}
-
-}  // namespace
 
 PrefixSet::PrefixSet(std::vector<std::string_view> prefixes) : prefixes_(std::move(prefixes)) {
     std::sort(prefixes_.begin(), prefixes_.end());
     // What a prefix covers follows it directly in this order.
     size_t kept = 0;
     for (std::string_view prefix : prefixes_) {
-        if (kept == 0 || !BeginsWith(prefix, prefixes_[kept - 1])) {
+        if (kept == 0 || !support::StartsWith(prefix, prefixes_[kept - 1])) {
             prefixes_[kept++] = prefix;
         }
     }
@@ -32,7 +26,7 @@ PrefixSet::PrefixSet(std::vector<std::string_view> prefixes) : prefixes_(std::mo
 
 bool PrefixSet::MatchesBeginOf(std::string_view text) const {
     const auto next = std::upper_bound(prefixes_.begin(), prefixes_.end(), text);
-    return next != prefixes_.begin() && BeginsWith(text, *std::prev(next));
+    return next != prefixes_.begin() && support::StartsWith(text, *std::prev(next));
 }
 
 bool PrefixSet::MatchesInside(std::string_view text) const {

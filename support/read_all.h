@@ -16,13 +16,21 @@ enum class ReadEnd {
     kError  /**< errno says why */
 };
 
+/** What tells that a file has come to its end. */
+enum class EndSign {
+    kEmptyRead, /**< a read that gives nothing, as of any file */
+    kShortRead  /**< a read that gives less than it was asked for, as of those files of /proc that
+                     the kernel writes in one piece: saves the call that would give nothing */
+};
+
 /**
  * Reads what is left of a file into a text, up to a limit in bytes. Goes by what read() says and
  * not by the file's size: files of /proc have none, others grow or shrink meanwhile.
  *
  * @param text  holds in any case what could be read, at most limit bytes
  */
-inline ReadEnd ReadAll(int fd, std::size_t limit, std::string& text) {
+inline ReadEnd ReadAll(int fd, std::size_t limit, std::string& text,
+                       EndSign sign = EndSign::kEmptyRead) {
     constexpr std::size_t kFirstStep = 4096;
     std::size_t used = 0;
     text.resize(kFirstStep);
@@ -32,9 +40,10 @@ inline ReadEnd ReadAll(int fd, std::size_t limit, std::string& text) {
             continue;
         }
         used += count > 0 ? static_cast<std::size_t>(count) : 0;
-        if (count <= 0 || used > limit) {
+        const bool ends = count == 0 || (sign == EndSign::kShortRead && used < text.size());
+        if (count < 0 || ends || used > limit) {
             text.resize(std::min(used, limit));
-            return count < 0 ? ReadEnd::kError : count == 0 ? ReadEnd::kWhole : ReadEnd::kLimit;
+            return count < 0 ? ReadEnd::kError : used > limit ? ReadEnd::kLimit : ReadEnd::kWhole;
         }
         if (used == text.size()) {
             text.resize(2 * used);

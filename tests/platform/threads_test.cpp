@@ -4,12 +4,12 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "platform/linux/support/run_program.h"
+#include "support/owner.h"
 #include "tests/platform/support/child.h"
 #include "tests/platform/support/private_network.h"
 #include "tests/platform/support/private_root.h"
@@ -50,14 +50,10 @@ void InThreads(const Part& part) {
     }
 }
 
-struct ListFree {
-    void operator()(KLIBC_SZLIST* list) const { KLIBCSzListFree(list); }
-};
-
 std::vector<std::string> Shares() {
     KLIBC_SZLIST* list = KLIBCSzListAlloc(512);
-    const int count = VORNShareEnum(&list, 0x7F0F);
-    const std::unique_ptr<KLIBC_SZLIST, ListFree> owner(list);
+    const int count = VORNShareEnum(&list, VORN_SHARE_ALL);
+    const support::Owner<KLIBC_SZLIST, KLIBCSzListFree> owner(list);
     std::vector<std::string> shares;
     for (int i = 0; i < count; ++i) {
         const std::string name = KLIBCSzListGet(list, i);

@@ -3,10 +3,10 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "support/owner.h"
 #include "vorn/platform/connection.h"
 
 namespace vornplatform {
@@ -19,10 +19,7 @@ struct Connection {
     std::uint32_t type = 0;
 };
 
-struct FreeBlock {
-    void operator()(VORN_CURCONN* block) const { std::free(block); }
-};
-using ConnectionBlock = std::unique_ptr<VORN_CURCONN, FreeBlock>;
+using ConnectionBlock = support::Owner<VORN_CURCONN, std::free>;
 
 /**
  * Drops records that repeat pid, host and user. The last of them stays in its place, since readers

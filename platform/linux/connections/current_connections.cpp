@@ -2,7 +2,8 @@
 
 #include <exception>
 #include <mutex>
-#include <new>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/connections/connection_block.h"
@@ -14,6 +15,7 @@
 #include "platform/linux/sockets/sock_diag.h"
 #include "platform/linux/sockets/socket_holder.h"
 #include "platform/linux/support/fault.h"
+#include "platform/linux/support/host_error.h"
 #include "vorn/platform/connection.h"
 
 namespace vornplatform {
@@ -21,22 +23,38 @@ namespace {
 
 constexpr char kSource[] = "current_connections";
 
+/** The sockets as sock_diag tells, else as the text files of /proc do; nothing without both. */
+std::optional<std::vector<TcpSocket>> ReadSockets() {
+    try {
+        return DumpSockets();
+    } catch (const HostError&) {
+        // Also of a shortage, which the other source passes on if it has it too.
+    }
+    try {
+        return ReadProcNetTcp();
+    } catch (const HostError& error) {
+        PassOnShortage(error);
+        return std::nullopt;
+    }
+}
+
 /** A host that hides its sockets still has its list of opened files: without connections. */
 ClientSockets ReadClientSockets() {
-    std::vector<TcpSocket> sockets;
-    if (!DumpSockets(sockets) && !ReadProcNetTcp(sockets)) {
+    const auto sockets = ReadSockets();
+    if (!sockets) {
         Log(LOG_WARNING, kSource, __LINE__,
             "Neither sock_diag nor /proc/net/tcp is available: no connection is known");
+        return {};
     }
-    return SelectClientSockets(sockets);
+    return SelectClientSockets(*sockets);
 }
 
 /** What SMB servers told earlier; the one state that outlives a call. */
 SmbUsers UsersOfSmbServers(const std::vector<SmbServer>& servers) {
     static std::mutex mutex;
-    static SmbSessions sessions([] { return AskSmbStatus(); });
+    static SmbUserMemory memory([] { return AskSmbStatus(); });
     const std::lock_guard<std::mutex> lock(mutex);
-    return sessions.UsersOf(servers);
+    return memory.UsersOf(servers);
 }
 
 std::vector<Connection> ReadConnections() {
@@ -46,9 +64,9 @@ std::vector<Connection> ReadConnections() {
     }
     const std::vector<pid_t> processes = ListProcesses();
     const std::vector<SocketHolder> holders = FindSocketHolders(processes, sockets);
-    UserNames names;
-    std::vector<Connection> connections = SshConnections(holders, sockets, processes, names);
-    const auto others = ServerConnections(holders, sockets, UsersOfSmbServers, names);
+    UserDirectory directory;
+    std::vector<Connection> connections = SshConnections(holders, sockets, processes, directory);
+    const auto others = ServerConnections(holders, sockets, UsersOfSmbServers, directory);
     connections.insert(connections.end(), others.begin(), others.end());
     return WithoutRepeats(std::move(connections));
 }
@@ -65,8 +83,6 @@ int VORNCurConnGet(VORN_CURCONN** connections) try {
     const auto records = vornplatform::ReadConnections();
     *connections = vornplatform::BuildBlock(records).release();
     return static_cast<int>(records.size());
-} catch (const std::bad_alloc&) {
-    return vornplatform::Fail(KLIBC_ERR_RESOURCE, vornplatform::kSource, __LINE__);
-} catch (const std::exception&) {
-    return vornplatform::Fail(KLIBC_ERR_INTERNAL, vornplatform::kSource, __LINE__);
+} catch (const std::exception& exception) {
+    return vornplatform::FailCaught(exception, vornplatform::kSource, __LINE__);
 }

@@ -24,13 +24,13 @@ std::vector<SmbServer> FindSmbServers(const std::vector<SocketHolder>& holders) 
 }
 
 std::vector<std::string> UsersOf(const SocketHolder& holder, const SmbUsers& smbUsers,
-                                 UserNames& names) {
+                                 UserDirectory& directory) {
     if (holder.kind == ServerKind::kSmb) {
         const auto users = smbUsers.find(holder.pid);
         return users != smbUsers.end() ? users->second : std::vector<std::string>{kUnknownUser};
     }
     const auto users = ReadProcessUsers(holder.pid);
-    return users ? std::vector<std::string>{names.NameOf(users->effective)}
+    return users ? std::vector<std::string>{directory.NameOf(users->effective)}
                  : std::vector<std::string>();
 }
 
@@ -38,7 +38,8 @@ std::vector<std::string> UsersOf(const SocketHolder& holder, const SmbUsers& smb
 
 std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holders,
                                           const ClientSockets& sockets,
-                                          const AskSmbUsers& askSmbUsers, UserNames& names) {
+                                          const AskSmbUsers& askSmbUsers,
+                                          UserDirectory& directory) {
     const std::vector<SmbServer> smbServers = FindSmbServers(holders);
     const SmbUsers smbUsers = smbServers.empty() ? SmbUsers() : askSmbUsers(smbServers);
     std::vector<Connection> connections;
@@ -46,7 +47,7 @@ std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holde
         if (holder.kind == ServerKind::kSsh) {
             continue;
         }
-        const auto users = UsersOf(holder, smbUsers, names);
+        const auto users = UsersOf(holder, smbUsers, directory);
         for (const std::uint64_t inode : holder.inodes) {
             for (const std::string& user : users) {
                 connections.push_back(

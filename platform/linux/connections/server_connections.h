@@ -6,7 +6,7 @@
 
 #include "platform/linux/connections/connection_block.h"
 #include "platform/linux/connections/smb_user_memory.h"
-#include "platform/linux/processes/user_names.h"
+#include "platform/linux/processes/user_directory.h"
 #include "platform/linux/sockets/socket_holder.h"
 
 namespace vornplatform {
@@ -22,7 +22,7 @@ using AskSmbUsers = std::function<SmbUsers(const std::vector<SmbServer>&)>;
  */
 std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holders,
                                           const ClientSockets& sockets,
-                                          const AskSmbUsers& askSmbUsers, UserNames& names);
+                                          const AskSmbUsers& askSmbUsers, UserDirectory& directory);
 
 }  // namespace vornplatform
 

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <memory>
+#include <new>
 
-#include "platform/linux/support/shortage.h"
+#include "support/numbers.h"
 
 namespace vornplatform {
 namespace {
@@ -24,15 +24,20 @@ std::unique_ptr<Json::CharReader> MakeReader() {
     return std::unique_ptr<Json::CharReader>(builder.newCharReader());
 }
 
-bool ParseJson(std::string_view text, Json::Value& root) {
+std::optional<Json::Value> ParseJson(std::string_view text) {
+    Json::Value root;
     errno = 0;
     try {
-        return MakeReader()->parse(text.data(), text.data() + text.size(), &root, nullptr);
+        if (MakeReader()->parse(text.data(), text.data() + text.size(), &root, nullptr)) {
+            return root;
+        }
     } catch (const Json::Exception&) {
         // Two reasons, one type: no memory for a text, which malloc said, or too deep a nesting.
-        ThrowOnShortage(errno);
-        return false;
+        if (errno == ENOMEM) {
+            throw std::bad_alloc();
+        }
     }
+    return std::nullopt;
 }
 
 /** A member of a value that may be of any type; null where there is none. */
@@ -46,11 +51,8 @@ std::optional<pid_t> ServerPid(const Json::Value& session) {
     if (!value.isString()) {
         return std::nullopt;
     }
-    const std::string text = value.asString();
-    pid_t pid = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pid);
-    const bool whole = error == std::errc() && end == text.data() + text.size();
-    return whole && pid > 0 ? std::optional<pid_t>(pid) : std::nullopt;
+    const auto pid = support::ParseNumber<pid_t>(value.asString());
+    return pid && *pid > 0 ? pid : std::nullopt;
 }
 
 /** While a session is being authenticated its user id is -1. */
@@ -80,12 +82,12 @@ void SortUnique(std::vector<std::string>& names) {
 // {"sessions": {"2153685194": {"server_id": {"pid": "8667", ...}, "uid": 5002, "gid": 5002,
 //  "username": "bob", "remote_machine": "127.0.0.1", "hostname": "ipv4:127.0.0.1:45834", ...}}}
 std::optional<SmbUsers> ParseSmbStatus(std::string_view text) {
-    Json::Value root;
-    if (!ParseJson(text, root) || !Member(root, "sessions").isObject()) {
+    const auto root = ParseJson(text);
+    if (!root || !Member(*root, "sessions").isObject()) {
         return std::nullopt;
     }
     SmbUsers users;
-    for (const Json::Value& session : root["sessions"]) {
+    for (const Json::Value& session : Member(*root, "sessions")) {
         const auto pid = ServerPid(session);
         const auto name = UserName(session);
         if (pid && name && IsAuthenticated(session)) {

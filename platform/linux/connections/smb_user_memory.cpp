@@ -5,14 +5,14 @@
 
 namespace vornplatform {
 
-SmbSessions::SmbSessions(Ask ask, Now now) : ask_(std::move(ask)), now_(std::move(now)) {}
+SmbUserMemory::SmbUserMemory(Ask ask, Now now) : ask_(std::move(ask)), now_(std::move(now)) {}
 
-bool SmbSessions::Knows(const SmbServer& server) const {
+bool SmbUserMemory::Knows(const SmbServer& server) const {
     const auto known = known_.find(server.pid);
     return known != known_.end() && known->second.startTime == server.startTime;
 }
 
-bool SmbSessions::MustAsk(const std::vector<SmbServer>& servers, Clock::time_point now) const {
+bool SmbUserMemory::MustAsk(const std::vector<SmbServer>& servers, Clock::time_point now) const {
     if (servers.empty() || (failed_ && now - *failed_ < kPause)) {
         return false;
     }
@@ -21,8 +21,8 @@ bool SmbSessions::MustAsk(const std::vector<SmbServer>& servers, Clock::time_poi
                         [this](const SmbServer& server) { return Knows(server); });
 }
 
-void SmbSessions::Remember(const std::vector<SmbServer>& servers, SmbUsers answer,
-                           Clock::time_point now) {
+void SmbUserMemory::Remember(const std::vector<SmbServer>& servers, SmbUsers answer,
+                             Clock::time_point now) {
     known_.clear();
     for (const SmbServer& server : servers) {
         const auto users = answer.find(server.pid);
@@ -34,7 +34,7 @@ void SmbSessions::Remember(const std::vector<SmbServer>& servers, SmbUsers answe
     failed_.reset();
 }
 
-SmbUsers SmbSessions::UsersOf(const std::vector<SmbServer>& servers) {
+SmbUsers SmbUserMemory::UsersOf(const std::vector<SmbServer>& servers) {
     const Clock::time_point now = now_();
     if (MustAsk(servers, now)) {
         if (auto answer = ask_()) {

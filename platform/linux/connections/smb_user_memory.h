@@ -31,7 +31,7 @@ struct SmbServer {
  *
  * Not safe for use by several threads at once.
  */
-class SmbSessions {
+class SmbUserMemory {
 public:
     using Clock = std::chrono::steady_clock;
     /** Asks for the users of all servers; nothing on failure, which it has logged. */
@@ -41,7 +41,7 @@ public:
     static constexpr std::chrono::seconds kMaxAge{60};
     static constexpr std::chrono::seconds kPause{10};
 
-    explicit SmbSessions(Ask ask, Now now = Clock::now);
+    explicit SmbUserMemory(Ask ask, Now now = Clock::now);
 
     /** @return the users of those servers that have any, each list as SmbUsers has it */
     SmbUsers UsersOf(const std::vector<SmbServer>& servers);

@@ -73,15 +73,16 @@ struct Logins {
     std::vector<Connection> servers;                    /**< processes of sshd */
 };
 
-Logins ReadLogins(const SharedSockets& shared, const ClientSockets& sockets, UserNames& names) {
-    const auto separationUser = UserNames::FindUser(kSeparationUser);
+Logins ReadLogins(const SharedSockets& shared, const ClientSockets& sockets,
+                  UserDirectory& directory) {
+    const auto separationUser = UserDirectory::IdOf(kSeparationUser);
     Logins logins;
     for (const auto& [inode, group] : shared) {
         const auto login = JudgeSshConnection(group, separationUser);
         if (!login) {
             continue;
         }
-        const Client client{sockets.at(inode), names.NameOf(login->user)};
+        const Client client{sockets.at(inode), directory.NameOf(login->user)};
         for (const SshProcess& process : group) {
             logins.servers.push_back(client.At(process.pid));
         }
@@ -108,12 +109,13 @@ std::unordered_set<pid_t> PidsOf(const SharedSockets& shared) {
 
 std::vector<Connection> SshConnections(const std::vector<SocketHolder>& holders,
                                        const ClientSockets& sockets,
-                                       const std::vector<pid_t>& processes, UserNames& names) {
+                                       const std::vector<pid_t>& processes,
+                                       UserDirectory& directory) {
     const SharedSockets shared = GroupBySocket(holders);
     if (shared.empty()) {
         return {};
     }
-    const Logins logins = ReadLogins(shared, sockets, names);
+    const Logins logins = ReadLogins(shared, sockets, directory);
     if (logins.sessions.empty()) {
         return logins.servers;
     }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/linux/connections/connection_block.h"
-#include "platform/linux/processes/user_names.h"
+#include "platform/linux/processes/user_directory.h"
 #include "platform/linux/sockets/socket_holder.h"
 
 namespace vornplatform {
@@ -21,7 +21,8 @@ namespace vornplatform {
  */
 std::vector<Connection> SshConnections(const std::vector<SocketHolder>& holders,
                                        const ClientSockets& sockets,
-                                       const std::vector<pid_t>& processes, UserNames& names);
+                                       const std::vector<pid_t>& processes,
+                                       UserDirectory& directory);
 
 }  // namespace vornplatform
 

@@ -1,76 +1,19 @@
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
-#include <memory>
-#include <new>
+#include <exception>
 
 #include "platform/linux/support/fault.h"
-#include "platform/linux/support/fd.h"
+#include "support/folder.h"
 #include "vorn/platform/file.h"
 
 namespace {
 
 using vornplatform::Fail;
 using vornplatform::FailErrno;
-using vornplatform::Fd;
 
 constexpr char kSource[] = "directory";
-
-/** Some 2,700 descriptors, or 10,000 of them in four calls. */
-constexpr size_t kBufferSize = 64 * 1024;
-
-bool IsDotOrDotDot(const char* name) {
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
-bool IsDirectory(int folder, const dirent64& entry) {
-    if (entry.d_type != DT_UNKNOWN) {
-        return entry.d_type == DT_DIR;
-    }
-    struct stat info;
-    return fstatat(folder, entry.d_name, &info, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0 &&
-           S_ISDIR(info.st_mode);
-}
-
-/** Appends what one buffer holds. */
-int Append(int folder, const char* buffer, ssize_t size, KLIBC_SZLIST** list, int options) {
-    for (ssize_t at = 0; at < size;) {
-        const auto& entry = *reinterpret_cast<const dirent64*>(buffer + at);
-        at += entry.d_reclen;
-        if (IsDotOrDotDot(entry.d_name)) {
-            continue;
-        }
-        if ((options & KLIBC_ENUM_DIRECTORIES) != 0 && !IsDirectory(folder, entry)) {
-            continue;
-        }
-        if (KLIBCSzListPush(list, entry.d_name) < 0) {
-            return -1;
-        }
-    }
-    return 0;
-}
-
-int AppendAll(int folder, KLIBC_SZLIST** list, int options) {
-    const std::unique_ptr<char[]> buffer(new (std::nothrow) char[kBufferSize]);
-    if (!buffer) {
-        return Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
-    }
-    for (;;) {
-        const ssize_t size = getdents64(folder, buffer.get(), kBufferSize);
-        if (size == 0) {
-            return 0;
-        }
-        if (size < 0) {
-            return FailErrno(errno, kSource, __LINE__);
-        }
-        if (Append(folder, buffer.get(), size, list, options) < 0) {
-            return -1;
-        }
-    }
-}
 
 int CheckDirWaiting(const char* path) {
     struct stat info;
@@ -87,21 +30,31 @@ bool IsRefusal(int error) {
 
 }  // namespace
 
-int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list, int options) {
+int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list, int options) try {
     if (path == nullptr || pattern != nullptr || list == nullptr || *list == nullptr ||
         (options & ~KLIBC_ENUM_DIRECTORIES) != 0) {
         return Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
     }
-    const Fd folder(open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
+    const support::Descriptor folder = support::OpenFolder(path);
     if (!folder) {
         return FailErrno(errno, kSource, __LINE__);
     }
+    const bool foldersAlone = (options & KLIBC_ENUM_DIRECTORIES) != 0;
     const int before = (*list)->nItem;
-    if (AppendAll(folder.Get(), list, options) < 0) {
-        (*list)->nItem = before;
-        return -1;
+    bool stored = true;
+    const int error = support::VisitFolder(folder.Get(), [&](const dirent64& entry) {
+        if (!foldersAlone || support::IsFolder(folder.Get(), entry)) {
+            stored = KLIBCSzListPush(list, entry.d_name) >= 0;
+        }
+        return stored;
+    });
+    if (stored && error == 0) {
+        return (*list)->nItem - before;
     }
-    return (*list)->nItem - before;
+    (*list)->nItem = before;
+    return stored ? FailErrno(error, kSource, __LINE__) : -1;
+} catch (const std::exception& exception) {
+    return vornplatform::FailCaught(exception, kSource, __LINE__);
 }
 
 int KLIBCFileCheckDir(const char* path) {

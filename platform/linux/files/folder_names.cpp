@@ -1,46 +1,34 @@
 #include "platform/linux/files/folder_names.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
-#include "platform/linux/support/folder.h"
+#include "platform/linux/support/host_error.h"
+#include "support/folder.h"
 
 namespace vornplatform {
-namespace {
 
-bool IsDirectory(DIR* folder, const dirent& entry) {
-    if (entry.d_type != DT_UNKNOWN) {
-        return entry.d_type == DT_DIR;
-    }
-    struct stat info;
-    return fstatat(dirfd(folder), entry.d_name, &info, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) ==
-               0 &&
-           S_ISDIR(info.st_mode);
-}
-
-bool IsDotOrDotDot(const char* name) {
-    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
-}
-
-}  // namespace
-
-int ReadFolderNames(const std::string& path, FolderEntries kind, std::vector<std::string>& names) {
-    const Folder folder = OpenFolder(path.c_str());
+std::optional<std::vector<std::string>> ReadFolderNames(const std::string& path,
+                                                        FolderEntries kind) {
+    const support::Descriptor folder = support::OpenFolder(path.c_str());
     if (!folder) {
-        return errno;
-    }
-    while (const dirent* entry = NextEntry(folder)) {
-        const bool wanted = kind == FolderEntries::kAll || IsDirectory(folder.get(), *entry);
-        if (wanted && !IsDotOrDotDot(entry->d_name)) {
-            names.emplace_back(entry->d_name);
+        if (IsNothingThere(errno) || errno == ENOTDIR || IsWithheld(errno)) {
+            return std::nullopt;
         }
+        throw HostError(errno);
+    }
+    std::vector<std::string> names;
+    const int error = support::VisitFolder(folder.Get(), [&](const dirent64& entry) {
+        if (kind == FolderEntries::kAll || support::IsFolder(folder.Get(), entry)) {
+            names.emplace_back(entry.d_name);
+        }
+        return true;
+    });
+    if (error != 0) {
+        throw HostError(error);
     }
     std::sort(names.begin(), names.end());
-    return 0;
+    return names;
 }
 
 }  // namespace vornplatform

@@ -1,6 +1,7 @@
 #ifndef VORN_PLATFORM_LINUX_FILES_FOLDER_NAMES_H
 #define VORN_PLATFORM_LINUX_FILES_FOLDER_NAMES_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,11 +12,11 @@ enum class FolderEntries { kAll, kDirectories };
 /**
  * Reads the names in a folder, sorted. Symbolic links count as what they are.
  *
- * Memory that is short is never taken for a folder that is empty: std::bad_alloc.
- *
- * @return 0, or the errno value of a folder that can't be listed
+ * @return nothing when there is no such folder, or this caller may not list it
+ * @throw HostError  of a folder that can't be opened, or not be read to its end
  */
-int ReadFolderNames(const std::string& folder, FolderEntries kind, std::vector<std::string>& names);
+std::optional<std::vector<std::string>> ReadFolderNames(const std::string& path,
+                                                        FolderEntries kind);
 
 }  // namespace vornplatform
 

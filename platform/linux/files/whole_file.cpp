@@ -2,63 +2,56 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 
-#include "platform/linux/support/fault.h"
-#include "platform/linux/support/fd.h"
-#include "platform/linux/support/shortage.h"
+#include "platform/linux/support/host_error.h"
+#include "support/descriptor.h"
+#include "support/read_all.h"
 
 namespace vornplatform {
 namespace {
 
-// Reads on to the end of the file, not to its size: the file may grow or shrink meanwhile.
-int ReadToEnd(int fd, std::size_t expected, std::string& text) {
-    std::size_t used = 0;
-    text.resize(expected + 1);
-    while (used <= kTextFileLimit) {
-        if (used == text.size()) {
-            text.resize(2 * used);
-        }
-        const ssize_t count = read(fd, text.data() + used, text.size() - used);
-        if (count == 0) {
-            text.resize(used);
-            return 0;
-        }
-        if (count > 0) {
-            used += static_cast<std::size_t>(count);
-        } else if (errno != EINTR) {
-            return CodeOfErrno(errno);
-        }
+/** Nothing when there is no such file. */
+std::optional<support::Descriptor> Open(const std::string& path) {
+    support::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (file) {
+        return file;
     }
-    return KLIBC_ERR_BAD_PARAM;
+    if (!IsNothingThere(errno)) {
+        throw HostError(errno);
+    }
+    return std::nullopt;
+}
+
+/** Before anything is read: devices may wait, or never end. */
+void RequireRegularFile(int file) {
+    struct stat status {};
+    if (fstat(file, &status) != 0) {
+        throw HostError(errno);
+    }
+    if (!S_ISREG(status.st_mode) || status.st_size > static_cast<off_t>(kWholeFileLimit)) {
+        throw HostError(EINVAL);
+    }
 }
 
 }  // namespace
 
-int ReadTextFile(const char* path, std::string& text) {
-    const Fd file(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status {};
-    if (!file || fstat(file.Get(), &status) != 0) {
-        return CodeOfErrno(errno);
+std::optional<std::string> ReadWholeFile(const std::string& path) {
+    const auto file = Open(path);
+    if (!file) {
+        return std::nullopt;
     }
-    const auto size = static_cast<std::size_t>(status.st_size);
-    if (!S_ISREG(status.st_mode) || size > kTextFileLimit) {
-        return KLIBC_ERR_BAD_PARAM;
+    RequireRegularFile(file->Get());
+    std::string text;
+    const support::ReadEnd end = support::ReadAll(file->Get(), kWholeFileLimit, text);
+    if (end == support::ReadEnd::kError) {
+        throw HostError(errno);
     }
-    if (const int error = ReadToEnd(file.Get(), size, text)) {
-        return error;
+    if (end == support::ReadEnd::kLimit || text.find('\0') != std::string::npos) {
+        throw HostError(EINVAL);
     }
-    return text.find('\0') == std::string::npos ? 0 : KLIBC_ERR_BAD_PARAM;
-}
-
-int ReadTextFileOrThrow(const char* path, std::string& text) {
-    const int error = ReadTextFile(path, text);
-    if (error == KLIBC_ERR_RESOURCE) {
-        ThrowOnShortage(errno);
-    }
-    return error;
+    return text;
 }
 
 }  // namespace vornplatform

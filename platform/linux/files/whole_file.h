@@ -7,24 +7,22 @@
  */
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace vornplatform {
 
 /** Larger files are refused: a unit file has a few KB, a text bundle less. */
-constexpr std::size_t kTextFileLimit = std::size_t{1} << 20;
+constexpr std::size_t kWholeFileLimit = std::size_t{1} << 20;
 
 /**
  * Reads a whole text file. Never waits: a FIFO, a device or a folder is refused without being read.
  *
- * @return 0, or an error code of the platform, which is not set: that of the system call that
- *         failed, or KLIBC_ERR_BAD_PARAM for what is no regular file, too large or contains a zero
- *         byte
+ * @return nothing when there is no such file
+ * @throw HostError  of the call that failed; EINVAL for what is no regular file, too large or
+ *                   contains a zero byte
  */
-int ReadTextFile(const char* path, std::string& text);
-
-/** The same, but std::bad_alloc when memory or descriptors are short. */
-int ReadTextFileOrThrow(const char* path, std::string& text);
+std::optional<std::string> ReadWholeFile(const std::string& path);
 
 }  // namespace vornplatform
 

@@ -9,12 +9,12 @@
 namespace vornplatform {
 
 /** Room for texts that stay where they are, in chunks of growing size. */
-class TextArena {
+class ByteArena {
 public:
-    /** Copies size bytes. Null when memory is short: the arena is then as it was. */
+    /** Copies size bytes. Throws std::bad_alloc when memory is short: it is then as it was. */
     const char* Copy(const char* bytes, size_t size) {
-        if (size > room_ && !NextChunk(size)) {
-            return nullptr;
+        if (size > room_) {
+            TakeChunk(size);
         }
         char* copy = next_;
         std::memcpy(copy, bytes, size);
@@ -32,8 +32,8 @@ private:
         size_t size;
     };
 
-    bool NextChunk(size_t size);
-    bool Insert(size_t size);
+    void TakeChunk(size_t size);
+    void Insert(size_t size);
     void Enter(size_t index);
 
     std::vector<Chunk> chunks_;

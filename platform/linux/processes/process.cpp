@@ -1,8 +1,7 @@
 #include "vorn/platform/process.h"
 
-#include <cerrno>
+#include <exception>
 #include <memory>
-#include <new>
 
 #include "platform/linux/processes/process_reader.h"
 #include "platform/linux/support/fault.h"
@@ -19,14 +18,14 @@ int KLIBCProcGetByPid(int pid, KLIBC_PROC** process) try {
     }
     const auto stat = vornplatform::ReadProcessStat(pid);
     if (!stat) {
-        return vornplatform::FailErrno(errno, kSource, __LINE__);
+        return vornplatform::Fail(KLIBC_ERR_NOT_FOUND, kSource, __LINE__);
     }
     auto record = std::make_unique<KLIBC_PROC>();
     record->ppid = stat->parent;
     *process = record.release();
     return 0;
-} catch (const std::bad_alloc&) {
-    return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+} catch (const std::exception& exception) {
+    return vornplatform::FailCaught(exception, kSource, __LINE__);
 }
 
 void KLIBCProcFree(KLIBC_PROC* process) {

@@ -2,71 +2,77 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
-#include <cstring>
 
 #include "platform/linux/processes/proc_file.h"
-#include "platform/linux/support/folder.h"
+#include "platform/linux/support/host_error.h"
+#include "support/folder.h"
+#include "support/numbers.h"
 
 namespace vornplatform {
 namespace {
 
-std::string PathOf(pid_t pid, const char* file) {
-    return "/proc/" + std::to_string(pid) + '/' + file;
+std::optional<std::string> ReadText(pid_t pid, const char* file) {
+    return ReadProcHead("/proc/" + std::to_string(pid) + '/' + file);
 }
 
-std::string ReadText(pid_t pid, const char* file) {
-    return ReadProcHead(PathOf(pid, file));
-}
-
-bool ParsePid(const char* name, pid_t& pid) {
-    const char* end = name + std::strlen(name);
-    const auto result = std::from_chars(name, end, pid);
-    return result.ec == std::errc() && result.ptr == end && pid > 0;
+/** A fact that a parser finds in a file of a process; nothing without the file or the fact. */
+template <typename Fact>
+std::optional<Fact> ReadFact(pid_t pid, const char* file,
+                             std::optional<Fact> (*parse)(std::string_view text)) {
+    const auto text = ReadText(pid, file);
+    return text ? parse(*text) : std::nullopt;
 }
 
 }  // namespace
 
 std::vector<pid_t> ListProcesses() {
     std::vector<pid_t> processes;
-    const Folder folder = OpenFolder("/proc");
-    while (const dirent* entry = folder ? NextEntry(folder) : nullptr) {
-        pid_t pid = 0;
-        if (ParsePid(entry->d_name, pid)) {
-            processes.push_back(pid);
+    const support::Descriptor folder = support::OpenFolder("/proc");
+    if (!folder && IsNothingThere(errno)) {
+        return processes;
+    }
+    const int error = !folder ? errno : support::VisitFolder(folder.Get(), [&](const auto& entry) {
+        const auto pid = support::ParseNumber<pid_t>(entry.d_name);
+        if (pid && *pid > 0) {
+            processes.push_back(*pid);
         }
+        return true;
+    });
+    if (error != 0) {
+        throw HostError(error);
     }
     std::sort(processes.begin(), processes.end());
     return processes;
 }
 
 std::optional<ProcessStat> ReadProcessStat(pid_t pid) {
-    const std::string text = ReadText(pid, "stat");
-    if (text.empty()) {
+    const auto text = ReadText(pid, "stat");
+    if (!text) {
         return std::nullopt;
     }
-    const auto stat = ParseProcessStat(text);
+    const auto stat = ParseProcessStat(*text);
     if (!stat) {
-        errno = EPROTO;
+        throw HostError(EPROTO);
     }
     return stat;
 }
 
 std::optional<ProcessUsers> ReadProcessUsers(pid_t pid) {
-    return ParseProcessUsers(ReadText(pid, "status"));
+    return ReadFact(pid, "status", &ParseProcessUsers);
 }
 
 std::optional<std::uint32_t> ReadLoginUid(pid_t pid) {
-    return ParseAuditId(ReadText(pid, "loginuid"));
+    return ReadFact(pid, "loginuid", &ParseAuditId);
 }
 
 std::optional<std::uint32_t> ReadSessionId(pid_t pid) {
-    return ParseAuditId(ReadText(pid, "sessionid"));
+    return ReadFact(pid, "sessionid", &ParseAuditId);
 }
 
 bool HasChildren(pid_t pid) {
     const std::string file = "task/" + std::to_string(pid) + "/children";
-    return !ReadText(pid, file.c_str()).empty();
+    const auto children = ReadText(pid, file.c_str());
+    return children && !children->empty();
 }
 
 }  // namespace vornplatform

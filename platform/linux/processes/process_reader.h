@@ -12,16 +12,16 @@
 
 /**
  * @file
- * Facts of a process from /proc/<pid>/. A process that has gone meanwhile, like a file that this
- * kernel does not offer, yields nothing.
+ * Facts of a process from /proc/<pid>/. A process that has gone meanwhile or is kept from this
+ * caller yields nothing, like a file that this kernel does not offer.
  */
 
 namespace vornplatform {
 
-/** The ids of all processes, ascending. */
+/** The ids of all processes, ascending; none without /proc. HostError when they can't be listed. */
 std::vector<pid_t> ListProcesses();
 
-/** /proc/<pid>/stat; errno tells why it could not be read. */
+/** /proc/<pid>/stat; HostError EPROTO where it has another form. */
 std::optional<ProcessStat> ReadProcessStat(pid_t pid);
 
 /** /proc/<pid>/status */

@@ -1,6 +1,7 @@
 #include "platform/linux/processes/process_text.h"
 
-#include <charconv>
+#include "support/numbers.h"
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
@@ -8,42 +9,12 @@ namespace {
 constexpr int kParentField = 4;
 constexpr int kStartTimeField = 22;
 
-template <typename Number>
-std::optional<Number> ParseWhole(std::string_view text) {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) {
-        return std::nullopt;
-    }
-    return number;
-}
-
-bool ConsumeSuffix(std::string_view& text, std::string_view suffix) {
-    if (text.size() < suffix.size() || text.substr(text.size() - suffix.size()) != suffix) {
-        return false;
-    }
-    text.remove_suffix(suffix.size());
-    return true;
-}
-
-bool ConsumePrefix(std::string_view& text, std::string_view prefix) {
-    if (text.substr(0, prefix.size()) != prefix) {
-        return false;
-    }
-    text.remove_prefix(prefix.size());
-    return true;
-}
-
 /** The field with the given index, counted from 0, of a text with the given separator. */
 std::string_view Field(std::string_view text, int index, char separator) {
     for (; index > 0; --index) {
-        const std::size_t end = text.find(separator);
-        if (end == std::string_view::npos) {
-            return {};
-        }
-        text.remove_prefix(end + 1);
+        support::TakeUntil(text, separator);
     }
-    return text.substr(0, text.find(separator));
+    return support::TakeUntil(text, separator);
 }
 
 }  // namespace
@@ -56,8 +27,9 @@ std::optional<ProcessStat> ParseProcessStat(std::string_view text) {
     }
     const std::string_view fields = text.substr(bracket + 2);
     constexpr int kFirstField = 3;
-    const auto parent = ParseWhole<pid_t>(Field(fields, kParentField - kFirstField, ' '));
-    const auto start = ParseWhole<std::uint64_t>(Field(fields, kStartTimeField - kFirstField, ' '));
+    const auto parent = support::ParseNumber<pid_t>(Field(fields, kParentField - kFirstField, ' '));
+    const auto start =
+        support::ParseNumber<std::uint64_t>(Field(fields, kStartTimeField - kFirstField, ' '));
     if (!parent || *parent < 0 || !start) {
         return std::nullopt;
     }
@@ -73,9 +45,9 @@ std::optional<ProcessUsers> ParseProcessUsers(std::string_view text) {
         return std::nullopt;
     }
     text.remove_prefix(head + kHead.size());
-    text = text.substr(0, text.find('\n'));
-    const auto real = ParseWhole<uid_t>(Field(text, 0, '\t'));
-    const auto effective = ParseWhole<uid_t>(Field(text, 1, '\t'));
+    text = support::TakeLine(text);
+    const auto real = support::ParseNumber<uid_t>(Field(text, 0, '\t'));
+    const auto effective = support::ParseNumber<uid_t>(Field(text, 1, '\t'));
     if (!real || !effective) {
         return std::nullopt;
     }
@@ -84,20 +56,20 @@ std::optional<ProcessUsers> ParseProcessUsers(std::string_view text) {
 
 std::optional<std::uint32_t> ParseAuditId(std::string_view text) {
     constexpr std::uint32_t kUnset = 4294967295;
-    ConsumeSuffix(text, "\n");
-    const auto id = ParseWhole<std::uint32_t>(text);
+    support::ConsumeSuffix(text, "\n");
+    const auto id = support::ParseNumber<std::uint32_t>(text);
     return id == kUnset ? std::nullopt : id;
 }
 
 std::optional<std::uint64_t> ParseSocketLink(std::string_view link) {
-    if (!ConsumePrefix(link, "socket:[") || !ConsumeSuffix(link, "]")) {
+    if (!support::ConsumePrefix(link, "socket:[") || !support::ConsumeSuffix(link, "]")) {
         return std::nullopt;
     }
-    return ParseWhole<std::uint64_t>(link);
+    return support::ParseNumber<std::uint64_t>(link);
 }
 
 std::string_view ExecutableName(std::string_view link) {
-    ConsumeSuffix(link, " (deleted)");
+    support::ConsumeSuffix(link, " (deleted)");
     const std::size_t slash = link.rfind('/');
     return slash == std::string_view::npos ? link : link.substr(slash + 1);
 }

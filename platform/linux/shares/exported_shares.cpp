@@ -17,8 +17,9 @@
 #include "platform/linux/shares/nfs_exports.h"
 #include "platform/linux/shares/samba_dump.h"
 #include "platform/linux/support/fault.h"
+#include "platform/linux/support/host_error.h"
 #include "platform/linux/support/run_program.h"
-#include "vorn/platform/file.h"
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
@@ -40,14 +41,33 @@ void NoteFailure(ExportedShares& result, int line, const std::string& text) {
     result.complete = false;
 }
 
-/** The visible names in a folder, sorted; none for a folder that can't be listed. */
-std::vector<std::string> VisibleNames(const std::string& folder) {
-    std::vector<std::string> names;
-    ReadFolderNames(folder, FolderEntries::kAll, names);
+/** The names in a folder, sorted; none for a folder that this caller may not list. */
+std::vector<std::string> NamesIn(const std::string& folder, ExportedShares& result) {
+    try {
+        return ReadFolderNames(folder, FolderEntries::kAll).value_or(std::vector<std::string>());
+    } catch (const HostError& error) {
+        PassOnShortage(error);
+        NoteFailure(result, __LINE__, "Failed to list " + Escape(folder));
+        return {};
+    }
+}
+
+std::vector<std::string> VisibleNames(const std::string& folder, ExportedShares& result) {
+    std::vector<std::string> names = NamesIn(folder, result);
     names.erase(std::remove_if(names.begin(), names.end(),
                                [](const std::string& name) { return name.front() == '.'; }),
                 names.end());
     return names;
+}
+
+/** Nothing for a file that can't be read, as Samba's own programs pass it over. */
+std::optional<std::string> ReadSambaFile(const std::string& path) {
+    try {
+        return ReadWholeFile(path);
+    } catch (const HostError& error) {
+        PassOnShortage(error);
+        return std::nullopt;
+    }
 }
 
 /** Notes the configuration with what it includes. */
@@ -57,11 +77,8 @@ void WatchSambaConfig(FileWatch& watch) {
     std::vector<std::string> files = {kSambaConfig};
     for (size_t i = 0; i < files.size() && i < kMaxIncludes; ++i) {
         watch.Add(files[i]);
-        std::string text;
-        if (ReadTextFileOrThrow(files[i].c_str(), text) != 0) {
-            continue;
-        }
-        for (std::string& included : IncludedFiles(text)) {
+        const auto text = ReadSambaFile(files[i]);
+        for (std::string& included : IncludedFiles(text.value_or(std::string()))) {
             if (std::find(files.begin(), files.end(), included) == files.end()) {
                 files.push_back(std::move(included));
             }
@@ -90,14 +107,11 @@ std::optional<SambaDump> AskTestparm(ExportedShares& result) {
 
 void ReadUsershares(const std::string& folder, ExportedShares& result) {
     result.watch.Add(folder);
-    for (const std::string& name : VisibleNames(folder)) {
+    for (const std::string& name : VisibleNames(folder, result)) {
         const std::string path = folder + "/" + name;
         result.watch.Add(path);
-        std::string text;
-        if (ReadTextFileOrThrow(path.c_str(), text) != 0) {
-            continue;
-        }
-        if (auto share = ParseUsershare(name, text)) {
+        const auto text = ReadSambaFile(path);
+        if (auto share = text ? ParseUsershare(name, *text) : std::nullopt) {
             result.shares.push_back(std::move(*share));
         }
     }
@@ -123,15 +137,14 @@ void ReadSambaShares(ExportedShares& result) {
 void ReadExportsFile(const std::string& path, std::unordered_set<std::string>& seen,
                      ExportedShares& result) {
     result.watch.Add(path);
-    std::string text;
-    const int error = ReadTextFileOrThrow(path.c_str(), text);
-    if (error != 0 && error != KLIBC_ERR_NOT_FOUND) {
+    std::optional<std::string> text;
+    try {
+        text = ReadWholeFile(path);
+    } catch (const HostError& error) {
+        PassOnShortage(error);
         NoteFailure(result, __LINE__, "Failed to read " + Escape(path));
     }
-    if (error != 0) {
-        return;
-    }
-    for (Share& share : ParseExports(text)) {
+    for (Share& share : ParseExports(text.value_or(std::string()))) {
         if (seen.insert(share.path).second) {
             result.shares.push_back(std::move(share));
         }
@@ -140,14 +153,14 @@ void ReadExportsFile(const std::string& path, std::unordered_set<std::string>& s
 
 bool IsExportsName(std::string_view name) {
     constexpr std::string_view kSuffix = ".exports";
-    return name.size() > kSuffix.size() && name.substr(name.size() - kSuffix.size()) == kSuffix;
+    return name.size() > kSuffix.size() && support::EndsWith(name, kSuffix);
 }
 
 void ReadNfsShares(ExportedShares& result) {
     std::unordered_set<std::string> seen;
     ReadExportsFile(kExports, seen, result);
     result.watch.Add(kExportsFolder);
-    for (const std::string& name : VisibleNames(kExportsFolder)) {
+    for (const std::string& name : VisibleNames(kExportsFolder, result)) {
         if (IsExportsName(name)) {
             ReadExportsFile(std::string(kExportsFolder) + "/" + name, seen, result);
         }

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/support/lines.h"
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
@@ -12,7 +12,7 @@ namespace {
 std::string TakeContinuedLine(std::string_view& text) {
     std::string whole;
     for (;;) {
-        const std::string_view line = TakeLine(text);
+        const std::string_view line = support::TakeLine(text);
         whole += line;
         if (line.empty() || line.back() != '\\' || text.empty()) {
             return whole;
@@ -58,7 +58,7 @@ std::vector<Share> ParseExports(std::string_view text) {
     std::vector<Share> shares;
     while (!text.empty()) {
         const std::string whole = TakeContinuedLine(text);
-        const std::string_view line = Trim(whole);
+        const std::string_view line = support::Trim(whole);
         if (line.empty() || line.front() == '#') {
             continue;
         }

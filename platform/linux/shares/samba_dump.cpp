@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/linux/support/lines.h"
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
@@ -48,7 +48,7 @@ std::optional<Setting> ParseSetting(std::string_view line) {
         equals == std::string_view::npos) {
         return std::nullopt;
     }
-    return Setting{Fold(line.substr(0, equals)), Trim(line.substr(equals + 1))};
+    return Setting{Fold(line.substr(0, equals)), support::Trim(line.substr(equals + 1))};
 }
 
 bool IsReserved(const std::string& section) {
@@ -83,14 +83,6 @@ void ApplyToGlobal(const Setting& setting, SambaDump& dump, bool& forbidden) {
     }
 }
 
-/** The value behind a key at a line's beginning. */
-std::optional<std::string_view> ValueOf(std::string_view line, std::string_view key) {
-    if (line.substr(0, key.size()) != key) {
-        return std::nullopt;
-    }
-    return line.substr(key.size());
-}
-
 }  // namespace
 
 std::optional<SambaDump> ParseSambaDump(std::string_view text) {
@@ -104,7 +96,7 @@ std::optional<SambaDump> ParseSambaDump(std::string_view text) {
     bool global = false;
     bool forbidden = false;
     while (!text.empty()) {
-        const std::string_view line = Trim(TakeLine(text));
+        const std::string_view line = support::Trim(support::TakeLine(text));
         if (const auto name = SectionName(line)) {
             Keep(section, dump);
             section = Section();
@@ -128,7 +120,7 @@ std::optional<SambaDump> ParseSambaDump(std::string_view text) {
 std::vector<std::string> IncludedFiles(std::string_view config) {
     std::vector<std::string> files;
     while (!config.empty()) {
-        const auto setting = ParseSetting(Trim(TakeLine(config)));
+        const auto setting = ParseSetting(support::Trim(support::TakeLine(config)));
         if (!setting || (setting->name != "include" && setting->name != "configfile")) {
             continue;
         }
@@ -144,20 +136,18 @@ std::vector<std::string> IncludedFiles(std::string_view config) {
 }
 
 std::optional<Share> ParseUsershare(std::string_view fileName, std::string_view text) {
-    const std::string_view version = Trim(TakeLine(text));
+    const std::string_view version = support::Trim(support::TakeLine(text));
     if (version != "#VERSION 1" && version != "#VERSION 2") {
         return std::nullopt;
     }
     Share share{std::string(fileName), std::string()};
     while (!text.empty()) {
-        std::string_view line = TakeLine(text);
-        if (!line.empty() && line.back() == '\r') {
-            line.remove_suffix(1);
-        }
-        if (const auto path = ValueOf(line, "path=")) {
-            share.path = SharePath(*path);
-        } else if (const auto name = ValueOf(line, "sharename="); name && !name->empty()) {
-            share.name = *name;
+        std::string_view line = support::TakeLine(text);
+        support::ConsumeSuffix(line, "\r");
+        if (support::ConsumePrefix(line, "path=")) {
+            share.path = SharePath(line);
+        } else if (support::ConsumePrefix(line, "sharename=") && !line.empty()) {
+            share.name = line;
         }
     }
     return share.path.empty() ? std::nullopt : std::optional<Share>(std::move(share));

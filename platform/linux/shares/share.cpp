@@ -43,8 +43,8 @@ int VORNShareEnum(KLIBC_SZLIST** names, int /*flags*/) try {
     Last& last = lastOfThread.Get();
     last.table = vornplatform::CurrentShares();
     return PushNames(*last.table, names);
-} catch (const std::exception&) {
-    return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+} catch (const std::exception& exception) {
+    return vornplatform::FailCaught(exception, kSource, __LINE__);
 }
 
 int VORNShareGet(const char* name, VORN_SHARE** share) try {
@@ -62,6 +62,6 @@ int VORNShareGet(const char* name, VORN_SHARE** share) try {
     last.record.szPath = found->path.c_str();
     *share = &last.record;
     return 0;
-} catch (const std::exception&) {
-    return vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+} catch (const std::exception& exception) {
+    return vornplatform::FailCaught(exception, kSource, __LINE__);
 }

@@ -3,10 +3,12 @@
 #include <syslog.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "platform/linux/files/folder_names.h"
 #include "platform/linux/support/fault.h"
-#include "platform/linux/volumes/hidden_names.h"
+#include "platform/linux/support/host_error.h"
+#include "platform/linux/volumes/hidden_list.h"
 #include "platform/linux/volumes/volume_table.h"
 
 namespace vornplatform {
@@ -15,11 +17,16 @@ namespace {
 constexpr char kSource[] = "share_folders";
 
 std::vector<std::string> FoldersOf(const std::string& volume) {
-    std::vector<std::string> names;
-    if (ReadFolderNames(volume, FolderEntries::kDirectories, names) != 0) {
+    std::optional<std::vector<std::string>> names;
+    try {
+        names = ReadFolderNames(volume, FolderEntries::kDirectories);
+    } catch (const HostError& error) {
+        PassOnShortage(error);
+    }
+    if (!names) {
         Log(LOG_WARNING, kSource, __LINE__, "Failed to list the volume " + Escape(volume));
     }
-    return names;
+    return names.value_or(std::vector<std::string>());
 }
 
 }  // namespace
@@ -37,7 +44,11 @@ bool IsHiddenFolder(std::string_view name, const std::vector<std::string>& hidde
 std::vector<Share> FolderShares() {
     std::vector<std::string> volumes;
     std::vector<std::string> hidden;
-    if (ReadVolumes(volumes) != 0 || ReadHiddenNames(hidden) != 0) {
+    try {
+        volumes = ReadVolumes();
+        hidden = ReadHiddenList();
+    } catch (const HostError& error) {
+        PassOnShortage(error);
         Log(LOG_WARNING, kSource, __LINE__, "Failed to read volumes or hidden directories");
     }
     std::vector<Share> shares;

@@ -7,7 +7,6 @@
 
 #include "platform/linux/shares/exported_shares.h"
 #include "platform/linux/shares/share_folders.h"
-#include "platform/linux/support/fault.h"
 
 namespace vornplatform {
 namespace {
@@ -54,7 +53,6 @@ private:
 
 std::shared_ptr<const ShareTable> CurrentShares() {
     static Memory memory;
-    const KeepErrorCode keep;
     std::shared_ptr<const ShareTable> exported = memory.Get();
     if (!exported->Shares().empty()) {
         return exported;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/linux/volumes/volume_table.h"
+#include "support/text.h"
 
 namespace vornplatform {
 
@@ -14,9 +15,9 @@ std::string SharePath(std::string_view path) {
     if (!plain || path.empty() || path.front() != '/') {
         return {};
     }
-    std::string normal = std::filesystem::path(path).lexically_normal().string();
-    normal.erase(normal.find_last_not_of('/') + 1);
-    return IsOnVolume(normal) ? normal : std::string();
+    const std::string normal = std::filesystem::path(path).lexically_normal().string();
+    const std::string_view place = support::TrimRight(normal, "/");
+    return IsOnVolume(place) ? std::string(place) : std::string();
 }
 
 ShareTable::ShareTable(std::vector<Share> shares) : shares_(std::move(shares)) {

@@ -1,12 +1,11 @@
 #include "platform/linux/sockets/proc_net_tcp.h"
 
-#include <algorithm>
-#include <charconv>
 #include <cstring>
 #include <string>
 
 #include "platform/linux/processes/proc_file.h"
-#include "platform/linux/support/lines.h"
+#include "support/numbers.h"
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
@@ -16,46 +15,45 @@ constexpr std::size_t kInodeField = 9;
 /** Room for some 200,000 sockets. */
 constexpr std::size_t kMaxSize = std::size_t{32} << 20;
 
+struct Endpoint {
+    IpAddress address{};
+    std::uint16_t port = 0;
+};
+
 /** Takes the next field off a line; empty at its end. */
 std::string_view TakeField(std::string_view& line) {
-    const std::size_t begin = std::min(line.find_first_not_of(' '), line.size());
-    const std::size_t end = std::min(line.find(' ', begin), line.size());
-    const std::string_view field = line.substr(begin, end - begin);
-    line.remove_prefix(end);
-    return field;
-}
-
-template <typename Number>
-bool ParseNumber(std::string_view text, int base, Number& number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
-    return error == std::errc() && end == text.data() + text.size() && !text.empty();
+    line = support::TrimLeft(line, " ");
+    return support::TakeUntil(line, ' ');
 }
 
 /** An address is written as 32-bit words, each as this host stores it: 0100007F is 127.0.0.1. */
-bool ParseAddress(std::string_view text, IpAddress& address) {
+std::optional<IpAddress> ParseAddress(std::string_view text) {
     constexpr std::size_t kDigits = 8;
     std::uint32_t words[4];
     const std::size_t count = text.size() / kDigits;
     if (text.size() % kDigits != 0 || (count != 1 && count != 4)) {
-        return false;
+        return std::nullopt;
     }
     for (std::size_t i = 0; i < count; ++i) {
-        if (!ParseNumber(text.substr(i * kDigits, kDigits), 16, words[i])) {
-            return false;
+        const auto word =
+            support::ParseNumber<std::uint32_t>(text.substr(i * kDigits, kDigits), 16);
+        if (!word) {
+            return std::nullopt;
         }
+        words[i] = *word;
     }
     if (count == 1) {
-        address = MapIpv4(words);
-    } else {
-        std::memcpy(address.data(), words, address.size());
+        return MapIpv4(words);
     }
-    return true;
+    IpAddress address{};
+    std::memcpy(address.data(), words, address.size());
+    return address;
 }
 
-bool ParseEndpoint(std::string_view text, IpAddress& address, std::uint16_t& port) {
-    const std::size_t colon = text.find(':');
-    return colon != std::string_view::npos && ParseAddress(text.substr(0, colon), address) &&
-           ParseNumber(text.substr(colon + 1), 16, port);
+std::optional<Endpoint> ParseEndpoint(std::string_view text) {
+    const auto address = ParseAddress(support::TakeUntil(text, ':'));
+    const auto port = support::ParseNumber<std::uint16_t>(text, 16);
+    return address && port ? std::optional<Endpoint>(Endpoint{*address, *port}) : std::nullopt;
 }
 
 TcpState ToState(unsigned state) {
@@ -70,43 +68,42 @@ TcpState ToState(unsigned state) {
 
 // 0: 0100007F:08AE 0200007F:91B9 01 00000000:00000000 00:00000000 00000000  0 0 29024 1 ...
 std::optional<TcpSocket> ParseProcNetTcpLine(std::string_view line) {
-    TcpSocket socket;
-    std::uint16_t peerPort = 0;
-    unsigned state = 0;
     TakeField(line);
-    if (!ParseEndpoint(TakeField(line), socket.local, socket.localPort) ||
-        !ParseEndpoint(TakeField(line), socket.peer, peerPort) ||
-        !ParseNumber(TakeField(line), 16, state)) {
-        return std::nullopt;
-    }
+    const auto local = ParseEndpoint(TakeField(line));
+    const auto peer = ParseEndpoint(TakeField(line));
+    const auto state = support::ParseNumber<unsigned>(TakeField(line), 16);
     for (std::size_t field = 4; field < kInodeField; ++field) {
         TakeField(line);
     }
-    if (!ParseNumber(TakeField(line), 10, socket.inode)) {
+    const auto inode = support::ParseNumber<std::uint64_t>(TakeField(line));
+    if (!local || !peer || !state || !inode) {
         return std::nullopt;
     }
-    socket.state = ToState(state);
+    TcpSocket socket;
+    socket.state = ToState(*state);
+    socket.local = local->address;
+    socket.localPort = local->port;
+    socket.peer = peer->address;
+    socket.inode = *inode;
     return socket;
 }
 
 void ParseProcNetTcp(std::string_view text, std::vector<TcpSocket>& sockets) {
     while (!text.empty()) {
-        if (const auto socket = ParseProcNetTcpLine(TakeLine(text))) {
+        if (const auto socket = ParseProcNetTcpLine(support::TakeLine(text))) {
             sockets.push_back(*socket);
         }
     }
 }
 
-bool ReadProcNetTcp(std::vector<TcpSocket>& sockets) {
-    bool isRead = false;
+std::optional<std::vector<TcpSocket>> ReadProcNetTcp() {
+    std::optional<std::vector<TcpSocket>> sockets;
     for (const char* path : {"/proc/net/tcp", "/proc/net/tcp6"}) {
-        std::string text;
-        if (ReadProcFile(path, kMaxSize, text)) {
-            ParseProcNetTcp(text, sockets);
-            isRead = true;
+        if (const auto text = ReadProcFile(path, kMaxSize)) {
+            ParseProcNetTcp(*text, sockets ? *sockets : sockets.emplace());
         }
     }
-    return isRead;
+    return sockets;
 }
 
 }  // namespace vornplatform

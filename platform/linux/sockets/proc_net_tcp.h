@@ -20,12 +20,13 @@ std::optional<TcpSocket> ParseProcNetTcpLine(std::string_view line);
 void ParseProcNetTcp(std::string_view text, std::vector<TcpSocket>& sockets);
 
 /**
- * Appends the sockets that /proc/net/tcp and /proc/net/tcp6 list. These files name no interface,
- * so link-local peers come without one.
+ * The sockets that /proc/net/tcp and /proc/net/tcp6 list. These files name no interface, so
+ * link-local peers come without one.
  *
- * @return whether at least one of the files could be read
+ * @return nothing when there is neither of the files for this caller
+ * @throw HostError  when one that is there can't be read
  */
-bool ReadProcNetTcp(std::vector<TcpSocket>& sockets);
+std::optional<std::vector<TcpSocket>> ReadProcNetTcp();
 
 }  // namespace vornplatform
 

@@ -11,6 +11,10 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <utility>
+
+#include "platform/linux/support/host_error.h"
+#include "support/owner.h"
 
 namespace vornplatform {
 namespace {
@@ -19,10 +23,7 @@ constexpr int kMaxAttempts = 4;
 constexpr time_t kAnswerSeconds = 2;
 constexpr std::size_t kBufferSize = 32 * 1024;
 
-struct CloseNetlink {
-    void operator()(mnl_socket* socket) const { mnl_socket_close(socket); }
-};
-using Netlink = std::unique_ptr<mnl_socket, CloseNetlink>;
+using Netlink = support::Owner<mnl_socket, mnl_socket_close>;
 
 IpAddress ToAddress(std::uint8_t family, const __be32 (&words)[4]) {
     if (family == AF_INET) {
@@ -83,12 +84,12 @@ Netlink OpenNetlink() {
     if (!netlink || mnl_socket_bind(netlink.get(), 0, MNL_SOCKET_AUTOPID) < 0 ||
         setsockopt(mnl_socket_get_fd(netlink.get()), SOL_SOCKET, SO_RCVTIMEO, &limit,
                    sizeof(limit)) < 0) {
-        return nullptr;
+        throw HostError(errno);
     }
     return netlink;
 }
 
-bool SendRequest(const mnl_socket* netlink, std::uint8_t family) {
+void SendRequest(const mnl_socket* netlink, std::uint8_t family) {
     alignas(nlmsghdr) char buffer[MNL_NLMSG_HDRLEN + MNL_ALIGN(sizeof(inet_diag_req_v2))];
     nlmsghdr* header = mnl_nlmsg_put_header(buffer);
     header->nlmsg_type = SOCK_DIAG_BY_FAMILY;
@@ -98,7 +99,9 @@ bool SendRequest(const mnl_socket* netlink, std::uint8_t family) {
     request.sdiag_protocol = IPPROTO_TCP;
     request.idiag_states = (1U << TCP_ESTABLISHED) | (1U << TCP_LISTEN);
     std::memcpy(mnl_nlmsg_put_extra_header(header, sizeof(request)), &request, sizeof(request));
-    return mnl_socket_sendto(netlink, header, header->nlmsg_len) >= 0;
+    if (mnl_socket_sendto(netlink, header, header->nlmsg_len) < 0) {
+        throw HostError(errno);
+    }
 }
 
 ssize_t Receive(const mnl_socket* netlink, char* buffer) {
@@ -113,36 +116,40 @@ ssize_t Receive(const mnl_socket* netlink, char* buffer) {
  * However many there are: a bound would let one user's sockets crowd out the others'. The kernel
  * has some 2 KB for each, this list 64 bytes.
  */
-bool ReceiveDump(const mnl_socket* netlink, SocketDump& dump) {
+SocketDump ReceiveDump(const mnl_socket* netlink) {
     const auto buffer = std::make_unique<char[]>(kBufferSize);
+    SocketDump dump;
     DumpState state = DumpState::kMore;
     while (state == DumpState::kMore) {
         const ssize_t size = Receive(netlink, buffer.get());
-        if (size < 0) {
+        if (size < 0 && errno == ENOBUFS) {
             // The receive buffer overflowed: messages were lost, another attempt may get them.
-            dump.interrupted = errno == ENOBUFS;
-            return dump.interrupted;
+            dump.interrupted = true;
+            return dump;
+        }
+        if (size < 0) {
+            throw HostError(errno);
         }
         state = ParseDiagMessages(buffer.get(), static_cast<std::size_t>(size), dump);
     }
-    return state != DumpState::kFailed;
+    if (state == DumpState::kFailed) {
+        throw HostError(EPROTO);
+    }
+    return dump;
 }
 
 /** A table that still changes at the last attempt is taken as it came. */
-bool DumpFamily(std::uint8_t family, std::vector<TcpSocket>& sockets) {
+std::vector<TcpSocket> DumpFamily(std::uint8_t family) {
     SocketDump dump;
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-        dump = SocketDump();
         const Netlink netlink = OpenNetlink();
-        if (!netlink || !SendRequest(netlink.get(), family) || !ReceiveDump(netlink.get(), dump)) {
-            return false;
-        }
+        SendRequest(netlink.get(), family);
+        dump = ReceiveDump(netlink.get());
         if (!dump.interrupted) {
             break;
         }
     }
-    sockets.insert(sockets.end(), dump.sockets.begin(), dump.sockets.end());
-    return true;
+    return std::move(dump.sockets);
 }
 
 /** libmnl compares the length as a signed number, so a huge one would pass its own test. */
@@ -168,13 +175,11 @@ DumpState ParseDiagMessages(const void* buffer, std::size_t size, SocketDump& du
     return left > 0 ? DumpState::kFailed : DumpState::kMore;
 }
 
-bool DumpSockets(std::vector<TcpSocket>& sockets) {
-    std::vector<TcpSocket> both;
-    if (!DumpFamily(AF_INET, both) || !DumpFamily(AF_INET6, both)) {
-        return false;
-    }
-    sockets.insert(sockets.end(), both.begin(), both.end());
-    return true;
+std::vector<TcpSocket> DumpSockets() {
+    std::vector<TcpSocket> sockets = DumpFamily(AF_INET);
+    const std::vector<TcpSocket> ipv6 = DumpFamily(AF_INET6);
+    sockets.insert(sockets.end(), ipv6.begin(), ipv6.end());
+    return sockets;
 }
 
 }  // namespace vornplatform

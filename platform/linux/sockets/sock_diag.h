@@ -27,12 +27,12 @@ struct SocketDump {
 DumpState ParseDiagMessages(const void* buffer, std::size_t size, SocketDump& dump);
 
 /**
- * Appends the listening and the established TCP sockets, IPv4 and IPv6, of this process's network
- * namespace (sock_diag over netlink).
+ * The listening and the established TCP sockets, IPv4 and IPv6, of this process's network namespace
+ * (sock_diag over netlink).
  *
- * @return whether the kernel answered for both families; if not, nothing is appended
+ * @throw HostError  when the kernel doesn't answer for both families; EPROTO when it refuses to
  */
-bool DumpSockets(std::vector<TcpSocket>& sockets);
+std::vector<TcpSocket> DumpSockets();
 
 }  // namespace vornplatform
 

@@ -3,12 +3,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <optional>
 #include <utility>
 
 #include "platform/linux/processes/process_text.h"
-#include "platform/linux/support/folder.h"
+#include "platform/linux/support/host_error.h"
+#include "support/folder.h"
 
 namespace vornplatform {
 namespace {
@@ -29,19 +31,17 @@ class Search {
 public:
     Search(pid_t pid, const ClientSockets& wanted) : wanted_(wanted) { holder_.pid = pid; }
 
-    /** @return nothing when the process holds none of the sockets, or has gone */
+    /** @return nothing when the process holds none of the sockets, has gone or is kept from us */
     std::optional<SocketHolder> Run() {
         const std::string folder = "/proc/" + std::to_string(holder_.pid);
-        descriptors_ = OpenFolder((folder + "/fd").c_str());
+        descriptors_ = support::OpenFolder((folder + "/fd").c_str());
         if (!descriptors_) {
+            ThrowUnlessGone(errno);
             return std::nullopt;
         }
         LookAtLowest();
         Identify(folder + "/exe");
-        if (NeedsMore()) {
-            LookAtRest();
-        }
-        if (holder_.inodes.empty()) {
+        if ((NeedsMore() && !LookAtRest()) || holder_.inodes.empty()) {
             return std::nullopt;
         }
         if (ServesOneClient(holder_.kind)) {
@@ -51,11 +51,18 @@ public:
     }
 
 private:
+    /** Everyday reasons for which there is nothing to see of a process; throws any other. */
+    static void ThrowUnlessGone(int error) {
+        if (!IsNothingThere(error) && !IsWithheld(error)) {
+            throw HostError(error);
+        }
+    }
+
     /** @return whether there is such a descriptor */
     bool LookAt(const char* number) {
         // A link cut off at the end of the buffer is longer than that of a socket.
         char link[32];
-        const ssize_t size = readlinkat(dirfd(descriptors_.get()), number, link, sizeof(link));
+        const ssize_t size = readlinkat(descriptors_.Get(), number, link, sizeof(link));
         if (size < 0) {
             return false;
         }
@@ -90,20 +97,22 @@ private:
                (ServesOneClient(holder_.kind) && holder_.inodes.empty());
     }
 
-    /** The kernel lists descriptors in ascending order. */
-    void LookAtRest() {
-        for (int count = 0; count < kMaxDescriptors && NeedsMore(); ++count) {
-            const dirent* entry = NextEntry(descriptors_);
-            if (entry == nullptr) {
-                return;
-            }
-            LookAt(entry->d_name);
+    /** The kernel lists descriptors in ascending order. False when the process has gone. */
+    bool LookAtRest() {
+        int count = 0;
+        const int error = support::VisitFolder(descriptors_.Get(), [&](const dirent64& entry) {
+            LookAt(entry.d_name);
+            return ++count < kMaxDescriptors && NeedsMore();
+        });
+        if (error != 0) {
+            ThrowUnlessGone(error);
         }
+        return error == 0;
     }
 
     const ClientSockets& wanted_;
     SocketHolder holder_;
-    Folder descriptors_;
+    support::Descriptor descriptors_;
     int next_ = 0;
 };
 

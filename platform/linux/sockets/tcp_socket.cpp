@@ -9,7 +9,7 @@
 #include <set>
 #include <utility>
 
-#include "platform/linux/support/shortage.h"
+#include "platform/linux/support/host_error.h"
 
 namespace vornplatform {
 namespace {
@@ -44,7 +44,9 @@ std::string InterfaceText(std::uint32_t index) {
     if (if_indextoname(index, name) != nullptr) {
         return name;
     }
-    ThrowOnShortage(errno);
+    if (!IsNothingThere(errno)) {
+        throw HostError(errno);
+    }
     return std::to_string(index);
 }
 

@@ -2,18 +2,18 @@
 
 #include <syslog.h>
 
-#include <algorithm>
 #include <cerrno>
+#include <new>
+
+#include "platform/linux/support/host_error.h"
 
 namespace vornplatform {
 
 int CodeOfErrno(int error) {
+    if (IsNothingThere(error)) {
+        return KLIBC_ERR_NOT_FOUND;
+    }
     switch (error) {
-        case ENOENT:
-        case ESRCH:
-        case ENXIO:
-        case ENODEV:
-            return KLIBC_ERR_NOT_FOUND;
         case EINVAL:
         case EFAULT:
         case ENOTDIR:
@@ -41,6 +41,14 @@ int Fail(int code, const char* source, int line) {
 
 int FailErrno(int error, const char* source, int line) {
     return Fail(CodeOfErrno(error), source, line);
+}
+
+int FailCaught(const std::exception& exception, const char* source, int line) {
+    if (const auto* host = dynamic_cast<const HostError*>(&exception)) {
+        return FailErrno(host->Error(), source, line);
+    }
+    const bool isMemory = dynamic_cast<const std::bad_alloc*>(&exception) != nullptr;
+    return Fail(isMemory ? KLIBC_ERR_RESOURCE : KLIBC_ERR_INTERNAL, source, line);
 }
 
 std::string Escape(std::string_view bytes) {

@@ -1,6 +1,7 @@
 #ifndef VORN_PLATFORM_LINUX_SUPPORT_FAULT_H
 #define VORN_PLATFORM_LINUX_SUPPORT_FAULT_H
 
+#include <exception>
 #include <string>
 #include <string_view>
 
@@ -17,17 +18,11 @@ int Fail(int code, const char* source, int line);
 /** The same for an errno value. */
 int FailErrno(int error, const char* source, int line);
 
-/** Puts the thread's error code back at the end of steps whose failures fail nobody. */
-class KeepErrorCode {
-public:
-    KeepErrorCode() : code_(KLIBCErrGet()) {}
-    ~KeepErrorCode() { KLIBCErrSetEx(code_, "", 0); }
-    KeepErrorCode(const KeepErrorCode&) = delete;
-    KeepErrorCode& operator=(const KeepErrorCode&) = delete;
-
-private:
-    int code_;
-};
+/**
+ * The same for what ended an operation: the errno value of a HostError, KLIBC_ERR_RESOURCE for
+ * std::bad_alloc, KLIBC_ERR_INTERNAL for anything else.
+ */
+int FailCaught(const std::exception& exception, const char* source, int line);
 
 /** Makes bytes from outside fit for a log line: printable ASCII, at most 256 bytes of them. */
 std::string Escape(std::string_view bytes);

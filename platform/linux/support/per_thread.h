@@ -4,7 +4,8 @@
 #include <pthread.h>
 
 #include <memory>
-#include <new>
+
+#include "platform/linux/support/host_error.h"
 
 namespace vornplatform {
 
@@ -27,17 +28,17 @@ public:
     PerThread(const PerThread&) = delete;
     PerThread& operator=(const PerThread&) = delete;
 
-    /** Throws std::bad_alloc when memory is short. */
+    /** Throws std::bad_alloc when memory is short, HostError when the process has no more keys. */
     T& Get() {
         if (error_ != 0) {
-            throw std::bad_alloc();
+            throw HostError(error_);
         }
         if (void* known = pthread_getspecific(key_)) {
             return *static_cast<T*>(known);
         }
         auto made = std::make_unique<T>();
-        if (pthread_setspecific(key_, made.get()) != 0) {
-            throw std::bad_alloc();
+        if (const int error = pthread_setspecific(key_, made.get()); error != 0) {
+            throw HostError(error);
         }
         return *made.release();
     }

@@ -3,16 +3,17 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <csignal>
-#include <new>
 #include <utility>
 
-#include "platform/linux/support/fd.h"
-#include "platform/linux/support/shortage.h"
+#include "platform/linux/support/host_error.h"
 #include "platform/linux/support/start_program.h"
+#include "support/descriptor.h"
 
 namespace vornplatform {
 namespace {
@@ -20,27 +21,31 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 struct Pipe {
-    Fd read;
-    Fd write;
+    support::Descriptor read;
+    support::Descriptor write;
 };
 
 /** In a host that closed its standard descriptors the pipe must not take their numbers. */
-Fd AboveStandard(int fd) {
-    const Fd low(fd);
-    return Fd(fcntl(fd, F_DUPFD_CLOEXEC, 3));
+support::Descriptor AboveStandard(const support::Descriptor& low) {
+    support::Descriptor high(fcntl(low.Get(), F_DUPFD_CLOEXEC, 3));
+    if (!high) {
+        throw HostError(errno);
+    }
+    return high;
 }
 
-int OpenPipe(Pipe& pipe) {
+Pipe OpenPipe() {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
-        return errno;
+        throw HostError(errno);
     }
-    pipe.read = AboveStandard(ends[0]);
-    pipe.write = AboveStandard(ends[1]);
-    if (!pipe.read || !pipe.write || fcntl(pipe.read.Get(), F_SETFL, O_NONBLOCK) != 0) {
-        return errno;
+    const support::Descriptor read(ends[0]);
+    const support::Descriptor write(ends[1]);
+    Pipe pipe = {AboveStandard(read), AboveStandard(write)};
+    if (fcntl(pipe.read.Get(), F_SETFL, O_NONBLOCK) != 0) {
+        throw HostError(errno);
     }
-    return 0;
+    return pipe;
 }
 
 enum class ReadState { kMore, kEmpty, kEnd, kLimit };
@@ -50,7 +55,10 @@ ReadState ReadSome(int fd, size_t limit, std::string& output) {
     char buffer[16 * 1024];
     const ssize_t got = read(fd, buffer, sizeof(buffer));
     if (got < 0) {
-        return errno == EAGAIN || errno == EINTR ? ReadState::kEmpty : ReadState::kEnd;
+        if (errno != EAGAIN && errno != EINTR) {
+            throw HostError(errno);
+        }
+        return ReadState::kEmpty;
     }
     const size_t fitting = std::min(static_cast<size_t>(got), limit - output.size());
     output.append(buffer, fitting);
@@ -63,25 +71,41 @@ ReadState ReadSome(int fd, size_t limit, std::string& output) {
 /** Leaves the process uncollected, so that its group can't become someone else's. */
 bool HasEnded(pid_t pid) {
     siginfo_t info = {};
-    if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) != 0) {
-        return errno == ECHILD;
+    if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0) {
+        return info.si_pid == pid;
     }
-    return info.si_pid == pid;
+    if (errno != ECHILD) {
+        throw HostError(errno);
+    }
+    return true;
 }
 
+/** For poll(), which may come back too late but not, again and again, too early. */
 int MillisecondsUntil(Clock::time_point deadline) {
-    // Short steps: a grandchild may hold the pipe open after the program itself has ended.
-    constexpr std::chrono::milliseconds kStep(10);
-    const auto left =
-        std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-    return static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), kStep).count());
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    return static_cast<int>(std::clamp<std::chrono::milliseconds::rep>(left.count(), 0, INT_MAX));
+}
+
+/** Waits until the program has printed or has ended, or the deadline has come. */
+void WaitForProgram(const StartedProgram& program, const support::Descriptor& pipe,
+                    Clock::time_point deadline) {
+    // Without its descriptor only a look says that the program has ended, for a grandchild may
+    // hold the pipe open after that.
+    constexpr int kLookEvery = 10;
+    const int left = MillisecondsUntil(deadline);
+    pollfd waited[] = {{pipe.Get(), POLLIN, 0}, {program.end.Get(), POLLIN, 0}};
+    if (poll(waited, 2, program.end ? left : std::min(left, kLookEvery)) < 0 && errno != EINTR) {
+        throw HostError(errno);
+    }
 }
 
 /** Reads until the program has ended, which kExited stands for, or has reached a limit. */
-ProgramEnd Collect(pid_t pid, Fd pipe, const ProgramLimits& limits, std::string& output) {
+ProgramEnd Collect(const StartedProgram& program, support::Descriptor pipe,
+                   const ProgramLimits& limits, std::string& output) {
     const auto deadline = Clock::now() + limits.time;
     for (;;) {
-        const bool ended = HasEnded(pid);  // before the last read, so that nothing is missed
+        const bool ended =
+            HasEnded(program.pid);  // before the last read, so that nothing is missed
         ReadState state = ReadState::kMore;
         while (pipe && state == ReadState::kMore) {
             state = ReadSome(pipe.Get(), limits.output, output);
@@ -98,8 +122,7 @@ ProgramEnd Collect(pid_t pid, Fd pipe, const ProgramLimits& limits, std::string&
         if (state == ReadState::kEnd) {
             pipe.Reset();
         }
-        pollfd waited = {pipe.Get(), POLLIN, 0};
-        poll(&waited, 1, MillisecondsUntil(deadline));
+        WaitForProgram(program, pipe, deadline);
     }
 }
 
@@ -124,28 +147,34 @@ void Finish(pid_t pid, ProgramResult& result) {
     }
 }
 
+/** Runs the program that has been started. */
+void Attend(const StartedProgram& program, support::Descriptor pipe, const ProgramLimits& limits,
+            ProgramResult& result) {
+    try {
+        result.end = Collect(program, std::move(pipe), limits, result.output);
+    } catch (...) {
+        Finish(program.pid, result);
+        throw;
+    }
+    Finish(program.pid, result);
+}
+
 }  // namespace
 
 ProgramResult RunProgram(const std::vector<std::string>& argv, const ProgramLimits& limits) {
     ProgramResult result;
     Pipe pipe;
-    result.status = OpenPipe(pipe);
-    pid_t pid = -1;
-    if (result.status == 0) {
-        result.status = StartProgram(argv, pipe.write.Get(), pid);
-    }
-    ThrowOnShortage(result.status);
-    if (result.status != 0) {
+    StartedProgram program;
+    try {
+        pipe = OpenPipe();
+        program = StartProgram(argv, pipe.write.Get());
+    } catch (const HostError& error) {
+        PassOnShortage(error);
+        result.status = error.Error();
         return result;
     }
     pipe.write.Reset();
-    try {
-        result.end = Collect(pid, std::move(pipe.read), limits, result.output);
-    } catch (const std::bad_alloc&) {
-        Finish(pid, result);
-        throw;
-    }
-    Finish(pid, result);
+    Attend(program, std::move(pipe.read), limits, result);
     return result;
 }
 

@@ -42,9 +42,9 @@ struct ProgramResult {
  * process group is left at the end is killed; the program itself is always waited for, by its own
  * pid. Safe in a process with threads.
  *
- * Throws std::bad_alloc when memory or descriptors are short, with no program left running.
- *
  * @param argv  the program's absolute path and its arguments
+ * @throw HostError  when memory or descriptors are short, or what the program does can't be
+ * followed any more; no program is left running then, nor of std::bad_alloc
  */
 ProgramResult RunProgram(const std::vector<std::string>& argv, const ProgramLimits& limits);
 

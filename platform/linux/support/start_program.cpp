@@ -13,6 +13,8 @@
 #include <cstddef>
 #include <memory>
 
+#include "platform/linux/support/host_error.h"
+
 namespace vornplatform {
 namespace {
 
@@ -117,16 +119,33 @@ constexpr int kChildFlags = CLONE_VFORK | SIGCHLD;
 constexpr int kChildFlags = CLONE_VM | CLONE_VFORK | SIGCHLD;
 #endif
 
-/** Comes back when the child has become the program or has failed. */
-pid_t StartChild(Plan& plan) {
+/** What a kernel, or a filter of system calls, says that knows no pid descriptors. */
+bool IsRefusal(int error) {
+    return error == EINVAL || error == EPERM || error == ENOSYS;
+}
+
+/**
+ * Comes back when the child has become the program or has failed. Where the kernel gives no pid
+ * descriptor (before 5.2 it passes over the flag, others refuse it), the program has none.
+ */
+StartedProgram StartChild(Plan& plan) {
     const auto stack = std::make_unique<Stack>();
+    std::byte* const top = stack->bytes + sizeof(stack->bytes);
+    int end = -1;
     const BlockSignals blocked;
-    return clone(&Become, stack->bytes + sizeof(stack->bytes), kChildFlags, &plan);
+    pid_t child = clone(&Become, top, kChildFlags | CLONE_PIDFD, &plan, &end);
+    if (child < 0 && IsRefusal(errno)) {
+        child = clone(&Become, top, kChildFlags, &plan);
+    }
+    if (child < 0) {
+        throw HostError(errno);
+    }
+    return {child, support::Descriptor(end)};
 }
 
 }  // namespace
 
-int StartProgram(const std::vector<std::string>& argv, int output, pid_t& pid) {
+StartedProgram StartProgram(const std::vector<std::string>& argv, int output) {
     std::vector<char*> arguments;
     for (const std::string& argument : argv) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -135,17 +154,13 @@ int StartProgram(const std::vector<std::string>& argv, int output, pid_t& pid) {
     char locale[] = "LC_ALL=C";
     char* environment[] = {locale, nullptr};
     Plan plan = {arguments.data(), environment, output, geteuid(), getegid(), 0};
-    const pid_t child = StartChild(plan);
-    if (child < 0) {
-        return errno;
-    }
+    StartedProgram program = StartChild(plan);
     if (plan.error == 0) {
-        pid = child;
-        return 0;
+        return program;
     }
-    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    while (waitpid(program.pid, nullptr, 0) < 0 && errno == EINTR) {
     }
-    return plan.error;
+    throw HostError(plan.error);
 }
 
 }  // namespace vornplatform

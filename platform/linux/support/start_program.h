@@ -6,20 +6,26 @@
 #include <string>
 #include <vector>
 
+#include "support/descriptor.h"
+
 namespace vornplatform {
+
+/** A program that runs, or has ended and waits to be collected. */
+struct StartedProgram {
+    pid_t pid = -1;
+    support::Descriptor end; /**< readable once it has ended; none where the kernel has no such */
+};
 
 /**
  * Starts a program as RunProgram describes. It runs under the calling thread's effective user and
  * group alone: they become its real and saved ones too, whatever those of the host program are.
  *
- * Throws std::bad_alloc when memory is short for the preparation.
- *
  * @param argv    the program's absolute path and its arguments
  * @param output  what becomes its standard output; above 2
- * @param pid     set to the program's id, to be waited for
- * @return 0 or an errno value
+ * @return what is to be waited for by its pid
+ * @throw HostError  why it can't be started
  */
-int StartProgram(const std::vector<std::string>& argv, int output, pid_t& pid);
+StartedProgram StartProgram(const std::vector<std::string>& argv, int output);
 
 }  // namespace vornplatform
 

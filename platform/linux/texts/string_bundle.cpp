@@ -3,12 +3,16 @@
 #include <clocale>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/linux/files/whole_file.h"
-#include "platform/linux/texts/languages.h"
+#include "platform/linux/support/host_error.h"
+#include "platform/linux/texts/compiled_texts.h"
+#include "platform/linux/texts/language_folders.h"
+#include "platform/linux/texts/texts_folder.h"
 #include "platform/linux/units/section_value.h"
 
 namespace {
@@ -28,14 +32,21 @@ std::vector<std::string> FoldersOfProcess() {
     return folders;
 }
 
+/** A language whose texts can't be read is one that there is no bundle for. */
+std::optional<std::string> ReadBundle(const std::string& path) {
+    try {
+        return vornplatform::ReadWholeFile(path);
+    } catch (const vornplatform::HostError&) {
+        return std::nullopt;
+    }
+}
+
 class Bundle {
 public:
     explicit Bundle(const std::string& name) {
         for (const std::string& folder : FoldersOfProcess()) {
-            const std::string path = vornplatform::TextsFolder() + '/' + folder + '/' + name;
-            std::string text;
-            if (vornplatform::ReadTextFile(path.c_str(), text) == 0) {
-                sources_.push_back(std::move(text));
+            if (auto text = ReadBundle(vornplatform::TextsFolder() + '/' + folder + '/' + name)) {
+                sources_.push_back(std::move(*text));
             }
         }
         sources_.emplace_back(vornplatform::CompiledTexts(name));

@@ -1,21 +1,12 @@
 #include "platform/linux/units/section_value.h"
 
-#include <algorithm>
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
-std::string_view TrimLeft(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text;
-}
-
-std::string_view TrimRight(std::string_view text) {
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
 
 bool IsComment(std::string_view line) {
     return !line.empty() && (line.front() == '#' || line.front() == ';');
@@ -28,7 +19,7 @@ bool IsContinued(std::string_view line) {
 }
 
 bool IsHeaderOf(std::string_view line, std::string_view section) {
-    line = TrimRight(line);
+    line = support::TrimRight(line, kBlanks);
     return line.size() == section.size() + 2 && line.back() == ']' &&
            line.substr(1, section.size()) == section;
 }
@@ -37,9 +28,7 @@ bool IsHeaderOf(std::string_view line, std::string_view section) {
 class LogicalLines {
 public:
     explicit LogicalLines(std::string_view text) : rest_(text) {
-        if (rest_.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-            rest_.remove_prefix(kByteOrderMark.size());
-        }
+        support::ConsumePrefix(rest_, kByteOrderMark);
     }
 
     // The line is valid until the next call.
@@ -72,13 +61,9 @@ private:
         if (rest_.empty()) {
             return false;
         }
-        const std::size_t end = std::min(rest_.find('\n'), rest_.size());
-        part = rest_.substr(0, end);
-        rest_.remove_prefix(std::min(end + 1, rest_.size()));
-        if (!part.empty() && part.back() == '\r') {
-            part.remove_suffix(1);
-        }
-        part = TrimLeft(part);
+        part = support::TakeLine(rest_);
+        support::ConsumeSuffix(part, "\r");
+        part = support::TrimLeft(part, kBlanks);
         return true;
     }
 
@@ -99,10 +84,11 @@ std::optional<std::string> SectionValue(std::string_view text, std::string_view 
             continue;
         }
         const std::size_t equals = inSection ? line.find('=') : std::string_view::npos;
-        if (equals == std::string_view::npos || TrimRight(line.substr(0, equals)) != key) {
+        if (equals == std::string_view::npos ||
+            support::TrimRight(line.substr(0, equals), kBlanks) != key) {
             continue;
         }
-        const std::string_view value = TrimRight(TrimLeft(line.substr(equals + 1)));
+        const std::string_view value = support::Trim(line.substr(equals + 1), kBlanks);
         if (!value.empty()) {
             result = value;
         }

@@ -1,4 +1,6 @@
-#include <new>
+#include <cstring>
+#include <exception>
+#include <optional>
 #include <string>
 
 #include "platform/linux/files/whole_file.h"
@@ -8,46 +10,40 @@
 
 namespace {
 
+constexpr char kSource[] = "unit_file";
+
 bool IsGiven(const char* text) {
     return text != nullptr && *text != '\0';
 }
 
-// Returns an error code of the platform, 0 when the value is in the buffer.
-int CopyValue(const char* path, const char* section, const char* key, char* buffer,
-              std::size_t size) {
-    std::string text;
-    if (const int error = vornplatform::ReadTextFile(path, text)) {
-        return error;
+/** The value, cut to what fits into a buffer of some size; nothing without file, section or key. */
+std::optional<std::string> ReadValue(const char* path, const char* section, const char* key,
+                                     std::size_t size) {
+    const auto text = vornplatform::ReadWholeFile(path);
+    auto value = text ? vornplatform::SectionValue(*text, section, key) : std::nullopt;
+    if (value) {
+        value->resize(vornplatform::CutUtf8(*value, size - 1).size());
     }
-    const auto value = vornplatform::SectionValue(text, section, key);
-    if (!value) {
-        return KLIBC_ERR_NOT_FOUND;
-    }
-    const std::string_view part = vornplatform::CutUtf8(*value, size - 1);
-    buffer[part.copy(buffer, size - 1)] = '\0';
-    return 0;
-}
-
-int GetSectionValue(const char* path, const char* section, const char* key, char* buffer,
-                    int size) {
-    if (buffer == nullptr || size <= 0) {
-        return KLIBC_ERR_BAD_PARAM;
-    }
-    buffer[0] = '\0';
-    if (!IsGiven(path) || !IsGiven(section) || !IsGiven(key)) {
-        return KLIBC_ERR_BAD_PARAM;
-    }
-    try {
-        return CopyValue(path, section, key, buffer, static_cast<std::size_t>(size));
-    } catch (const std::bad_alloc&) {
-        return KLIBC_ERR_RESOURCE;
-    }
+    return value;
 }
 
 }  // namespace
 
 int KLIBCFileGetSectionValue(const char* path, const char* section, const char* key, char* buffer,
-                             int size) {
-    const int error = GetSectionValue(path, section, key, buffer, size);
-    return error == 0 ? 0 : vornplatform::Fail(error, "unit_file", __LINE__);
+                             int size) try {
+    if (buffer == nullptr || size <= 0) {
+        return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
+    buffer[0] = '\0';
+    if (!IsGiven(path) || !IsGiven(section) || !IsGiven(key)) {
+        return vornplatform::Fail(KLIBC_ERR_BAD_PARAM, kSource, __LINE__);
+    }
+    const auto value = ReadValue(path, section, key, static_cast<std::size_t>(size));
+    if (!value) {
+        return vornplatform::Fail(KLIBC_ERR_NOT_FOUND, kSource, __LINE__);
+    }
+    std::memcpy(buffer, value->c_str(), value->size() + 1);
+    return 0;
+} catch (const std::exception& exception) {
+    return vornplatform::FailCaught(exception, kSource, __LINE__);
 }

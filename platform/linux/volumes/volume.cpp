@@ -50,18 +50,13 @@ Chain MakeChain(const std::vector<std::string>& volumes) {
 VORN_MOUNT_VOL_INFO* VORNMountVolAllEnum(int /*type*/, int /*state*/, int /*flags*/) try {
     Chain& lastChain = chainOfThread.Get();
     lastChain.clear();
-    std::vector<std::string> volumes;
-    if (const int error = vornplatform::ReadVolumes(volumes); error != 0) {
-        vornplatform::FailErrno(error, kSource, __LINE__);
-        return nullptr;
-    }
-    lastChain = MakeChain(volumes);
+    lastChain = MakeChain(vornplatform::ReadVolumes());
     if (lastChain.empty()) {
         vornplatform::Fail(KLIBC_ERR_NOT_FOUND, kSource, __LINE__);
     }
     return lastChain.empty() ? nullptr : lastChain.data();
-} catch (const std::exception&) {
-    vornplatform::Fail(KLIBC_ERR_RESOURCE, kSource, __LINE__);
+} catch (const std::exception& exception) {
+    vornplatform::FailCaught(exception, kSource, __LINE__);
     return nullptr;
 }
 

@@ -4,18 +4,15 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
 
-#include "platform/linux/support/shortage.h"
+#include "platform/linux/support/host_error.h"
+#include "support/owner.h"
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
 
 constexpr std::string_view kPrefix = "/volume";
-
-struct TableCloser {
-    void operator()(FILE* table) const { endmntent(table); }
-};
 
 }  // namespace
 
@@ -24,8 +21,7 @@ bool IsVolume(std::string_view path) {
 }
 
 bool IsOnVolume(std::string_view path) {
-    return path.substr(0, kPrefix.size()) == kPrefix && path.size() > kPrefix.size() &&
-           path[kPrefix.size()] != '/';
+    return support::ConsumePrefix(path, kPrefix) && !path.empty() && path.front() != '/';
 }
 
 std::vector<std::string> SelectVolumes(FILE* table) {
@@ -43,14 +39,16 @@ std::vector<std::string> SelectVolumes(FILE* table) {
     return volumes;
 }
 
-int ReadVolumes(std::vector<std::string>& volumes) {
-    const std::unique_ptr<FILE, TableCloser> table(setmntent("/proc/self/mounts", "re"));
+std::vector<std::string> ReadVolumes() {
+    const support::Owner<FILE, endmntent> table(setmntent("/proc/self/mounts", "re"));
     if (!table) {
-        ThrowOnShortage(errno);
-        return errno;
+        throw HostError(errno);
     }
-    volumes = SelectVolumes(table.get());
-    return ferror(table.get()) != 0 ? EIO : 0;
+    std::vector<std::string> volumes = SelectVolumes(table.get());
+    if (ferror(table.get()) != 0) {
+        throw HostError(EIO);
+    }
+    return volumes;
 }
 
 }  // namespace vornplatform

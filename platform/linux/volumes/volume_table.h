@@ -21,12 +21,8 @@ bool IsOnVolume(std::string_view path);
  */
 std::vector<std::string> SelectVolumes(FILE* table);
 
-/**
- * The same of /proc/self/mounts.
- *
- * @return 0, or the errno value of what went wrong
- */
-int ReadVolumes(std::vector<std::string>& volumes);
+/** The same of /proc/self/mounts. HostError where that can't be read, or isn't there. */
+std::vector<std::string> ReadVolumes();
 
 }  // namespace vornplatform
 

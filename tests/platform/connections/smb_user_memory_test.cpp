@@ -13,12 +13,12 @@ const SmbServer kSecond{8667, 200};
 /** Sessions that ask a scripted smbstatus, under a clock that the test moves. */
 class SmbSession : public testing::Test {
 protected:
-    SmbUsers UsersOf(const std::vector<SmbServer>& servers) { return sessions_.UsersOf(servers); }
+    SmbUsers UsersOf(const std::vector<SmbServer>& servers) { return memory_.UsersOf(servers); }
 
     std::optional<SmbUsers> answer_ = SmbUsers{{8661, {"alice"}}, {8667, {"bob"}}};
     int asked_ = 0;
-    SmbSessions::Clock::time_point now_{};
-    SmbSessions sessions_{[this] {
+    SmbUserMemory::Clock::time_point now_{};
+    SmbUserMemory memory_{[this] {
                               ++asked_;
                               return answer_;
                           },
@@ -67,7 +67,7 @@ TEST_F(SmbSession, IsAskedForOnceACallWhileAServerHasNone) {
 TEST_F(SmbSession, IsRefreshedAfterAWhile) {
     UsersOf({kFirst});
     answer_ = SmbUsers{{8661, {"alice", "bob"}}};
-    now_ += SmbSessions::kMaxAge - seconds(1);
+    now_ += SmbUserMemory::kMaxAge - seconds(1);
     EXPECT_EQ(UsersOf({kFirst}), (SmbUsers{{8661, {"alice"}}}));
     now_ += seconds(1);
     EXPECT_EQ(UsersOf({kFirst}), (SmbUsers{{8661, {"alice", "bob"}}}));
@@ -77,7 +77,7 @@ TEST_F(SmbSession, IsRefreshedAfterAWhile) {
 TEST_F(SmbSession, IsNotAskedForAgainRightAfterAFailure) {
     answer_.reset();
     EXPECT_EQ(UsersOf({kFirst}), SmbUsers());
-    now_ += SmbSessions::kPause - seconds(1);
+    now_ += SmbUserMemory::kPause - seconds(1);
     EXPECT_EQ(UsersOf({kFirst}), SmbUsers());
     EXPECT_EQ(asked_, 1);
     now_ += seconds(1);

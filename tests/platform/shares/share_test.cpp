@@ -42,7 +42,7 @@ Pairs ToPairs(const std::vector<vornplatform::Share>& shares) {
 Pairs ListedShares() {
     StringList names;
     Pairs pairs;
-    EXPECT_EQ(VORNShareEnum(names.Address(), 0x7F0F), names.Get()->nItem);
+    EXPECT_EQ(VORNShareEnum(names.Address(), VORN_SHARE_ALL), names.Get()->nItem);
     VORN_SHARE* share = nullptr;
     for (const std::string& name : names.Texts()) {
         EXPECT_EQ(VORNShareGet(name.c_str(), &share), 0) << name;
@@ -308,7 +308,7 @@ TEST(Shares, AreLookedUpByNameOrNotFound) {
         EXPECT_EQ(share, before);
         EXPECT_LT(VORNShareGet(nullptr, &share), 0);
         EXPECT_EQ(KLIBCErrGet(), KLIBC_ERR_BAD_PARAM);
-        EXPECT_LT(VORNShareEnum(nullptr, 0x7F0F), 0);
+        EXPECT_LT(VORNShareEnum(nullptr, VORN_SHARE_ALL), 0);
     });
 }
 

@@ -136,10 +136,8 @@ TEST(SockDiag, AgreesWithProcNetTcp) {
         const ServedClient client4(listener4, "127.0.0.2");
         const ServedClient client6(listener6, "::1");
         const ServedClient mapped(dual, "127.0.0.3");
-        std::vector<TcpSocket> dumped;
-        std::vector<TcpSocket> listed;
-        ASSERT_TRUE(DumpSockets(dumped));
-        ASSERT_TRUE(ReadProcNetTcp(listed));
+        std::vector<TcpSocket> dumped = DumpSockets();
+        std::vector<TcpSocket> listed = ReadProcNetTcp().value_or(std::vector<TcpSocket>());
         Sort(dumped);
         Sort(listed);
         ASSERT_EQ(dumped.size(), 9U);

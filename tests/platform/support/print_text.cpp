@@ -1,7 +1,7 @@
 // Prints the text for the internal service from the texts in the folder given.
 #include <cstdio>
 
-#include "platform/linux/texts/languages.h"
+#include "platform/linux/texts/texts_folder.h"
 #include "vorn/platform/string_bundle.h"
 
 int main(int argc, char** argv) {

@@ -16,7 +16,7 @@
 
 #include "tests/platform/support/end_child.h"
 
-using vornplatform::Fd;
+using support::Descriptor;
 
 namespace {
 
@@ -44,7 +44,7 @@ SocketAddress ToSocketAddress(const char* text) {
 }
 
 bool RaiseLoopback() {
-    const Fd socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ifreq request{};
     std::strcpy(request.ifr_name, "lo");
     request.ifr_flags = IFF_UP;
@@ -82,7 +82,7 @@ void InPrivateNetwork(const std::function<void()>& body) {
 Listener::Listener(const char* text) {
     SocketAddress address = ToSocketAddress(text);
     socklen_t size = address.Size();
-    socket_ = Fd(socket(address.any.sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    socket_ = Descriptor(socket(address.any.sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
     EXPECT_EQ(bind(socket_.Get(), &address.any, size), 0) << text;
     EXPECT_EQ(listen(socket_.Get(), 8), 0) << text;
     EXPECT_EQ(getsockname(socket_.Get(), &address.any, &size), 0) << text;
@@ -92,11 +92,11 @@ Listener::Listener(const char* text) {
 
 ServedClient::ServedClient(const Listener& listener, const char* text) {
     const SocketAddress from = ToSocketAddress(text);
-    client_ = Fd(socket(from.any.sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    client_ = Descriptor(socket(from.any.sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0));
     EXPECT_EQ(bind(client_.Get(), &from.any, from.Size()), 0) << text;
     SocketAddress to = ToSocketAddress(from.any.sa_family == AF_INET ? "127.0.0.1" : "::1");
     (to.any.sa_family == AF_INET ? to.ipv4.sin_port : to.ipv6.sin6_port) = htons(listener.Port());
     EXPECT_EQ(connect(client_.Get(), &to.any, to.Size()), 0) << text;
-    server_ = Fd(accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+    server_ = Descriptor(accept4(listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
     EXPECT_GE(server_.Get(), 0) << text;
 }

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <functional>
 
-#include "platform/linux/support/fd.h"
+#include "support/descriptor.h"
 
 /**
  * Runs a body in a child process with a network of its own, in which nothing but the loopback
@@ -25,7 +25,7 @@ public:
     void Close() { socket_.Reset(); }
 
 private:
-    vornplatform::Fd socket_;
+    support::Descriptor socket_;
     std::uint16_t port_ = 0;
 };
 
@@ -35,12 +35,12 @@ public:
     /** @param address  that the client calls from */
     ServedClient(const Listener& listener, const char* address);
 
-    vornplatform::Fd& Client() { return client_; }
-    vornplatform::Fd& Server() { return server_; }
+    support::Descriptor& Client() { return client_; }
+    support::Descriptor& Server() { return server_; }
 
 private:
-    vornplatform::Fd client_;
-    vornplatform::Fd server_;
+    support::Descriptor client_;
+    support::Descriptor server_;
 };
 
 #endif

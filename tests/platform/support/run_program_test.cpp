@@ -10,8 +10,8 @@
 #include <string>
 #include <thread>
 
-#include "platform/linux/support/fd.h"
 #include "platform/linux/support/run_program.h"
+#include "support/descriptor.h"
 
 namespace {
 
@@ -144,7 +144,7 @@ TEST(RunProgram, WaitsForNoGrandchildThatHoldsThePipe) {
     const ProgramResult result = Shell("sleep 1000 & echo $!");
     EXPECT_EQ(result.end, ProgramEnd::kExited);
     const pid_t grandchild = std::stoi(result.output);
-    const vornplatform::Fd watched(static_cast<int>(syscall(SYS_pidfd_open, grandchild, 0)));
+    const support::Descriptor watched(static_cast<int>(syscall(SYS_pidfd_open, grandchild, 0)));
     if (!watched) {
         return;  // killed with the group, and collected already
     }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "platform/linux/shares/share_folders.h"
-#include "platform/linux/volumes/hidden_names.h"
+#include "platform/linux/volumes/hidden_list.h"
 #include "tests/platform/support/log_capture.h"
 #include "tests/platform/support/private_root.h"
 #include "tests/platform/support/string_list.h"

@@ -10,6 +10,10 @@
 
 VORN_PLATFORM_BEGIN
 
+enum {
+    VORN_SHARE_ALL = 0x7F0F /**< VORNShareEnum: shares of every kind */
+};
+
 typedef struct VORN_SHARE {
     void* reserved[2];
     const char* szPath; /**< absolute path of the share, such as /volume1/photo */
@@ -29,7 +33,7 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_SHARE) == 24);
  * changes. A source that can't be read is left out, with a log line. Safe from any thread.
  *
  * @param names  address of the caller's list handle, which may be moved; names are appended
- * @param flags  which shares; the library always passes 0x7F0F. Ignored on a Linux host
+ * @param flags  which shares; the library always passes VORN_SHARE_ALL. Ignored on a Linux host
  * @return the number of names appended, 0 when there is no share, negative on failure with the
  *         error code set
  */

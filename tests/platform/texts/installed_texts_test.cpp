@@ -12,7 +12,8 @@
 #include <sstream>
 #include <string>
 
-#include "platform/linux/texts/languages.h"
+#include "platform/linux/texts/compiled_texts.h"
+#include "platform/linux/texts/texts_folder.h"
 #include "vorn/platform/file.h"
 #include "vorn/platform/string_bundle.h"
 

@@ -1,5 +1,5 @@
-#ifndef VORN_PLATFORM_LINUX_VOLUMES_HIDDEN_NAMES_H
-#define VORN_PLATFORM_LINUX_VOLUMES_HIDDEN_NAMES_H
+#ifndef VORN_PLATFORM_LINUX_VOLUMES_HIDDEN_LIST_H
+#define VORN_PLATFORM_LINUX_VOLUMES_HIDDEN_LIST_H
 
 #include <string>
 #include <string_view>
@@ -19,9 +19,9 @@ std::vector<std::string> ParseHiddenList(std::string_view text);
 /**
  * The texts that mark a path as hidden: the administrator's, or else the built-in ones.
  *
- * @return 0, or the error code (not set) of why the administrator's list can't be read
+ * @throw HostError  when the administrator's list is there and can't be read
  */
-int ReadHiddenNames(std::vector<std::string>& names);
+std::vector<std::string> ReadHiddenList();
 
 }  // namespace vornplatform
 

@@ -1,7 +1,8 @@
-#include "platform/linux/texts/languages.h"
+#include "platform/linux/texts/language_folders.h"
 
 #include <algorithm>
-#include <utility>
+
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
@@ -44,11 +45,6 @@ bool AppendFolders(std::string_view locale, std::vector<std::string>& folders) {
     return territory == std::string_view::npos || AppendFolders(name.substr(0, territory), folders);
 }
 
-std::string& Folder() {
-    static std::string folder = VORN_TEXTS_FOLDER;
-    return folder;
-}
-
 }  // namespace
 
 std::vector<std::string> LanguageFolders(std::string_view locale,
@@ -56,18 +52,9 @@ std::vector<std::string> LanguageFolders(std::string_view locale,
     const std::string chosen = IsUntranslated(locale) ? FirstSet(environment) : std::string(locale);
     std::vector<std::string> folders;
     std::string_view rest = chosen;
-    while (!rest.empty() && AppendFolders(rest.substr(0, rest.find(':')), folders)) {
-        rest.remove_prefix(std::min(rest.find(':'), rest.size() - 1) + 1);
+    while (!rest.empty() && AppendFolders(support::TakeUntil(rest, ':'), folders)) {
     }
     return folders;
-}
-
-const std::string& TextsFolder() {
-    return Folder();
-}
-
-void UseTextsFolder(std::string folder) {
-    Folder() = std::move(folder);
 }
 
 }  // namespace vornplatform

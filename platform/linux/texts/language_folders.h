@@ -1,11 +1,5 @@
-#ifndef VORN_PLATFORM_LINUX_TEXTS_LANGUAGES_H
-#define VORN_PLATFORM_LINUX_TEXTS_LANGUAGES_H
-
-/**
- * @file
- * Where the localised texts come from: the administrator's language, the data folder and the
- * English texts that are compiled in.
- */
+#ifndef VORN_PLATFORM_LINUX_TEXTS_LANGUAGE_FOLDERS_H
+#define VORN_PLATFORM_LINUX_TEXTS_LANGUAGE_FOLDERS_H
 
 #include <functional>
 #include <string>
@@ -29,15 +23,6 @@ using EnvironmentLookup = std::function<const char*(const char*)>;
  */
 std::vector<std::string> LanguageFolders(std::string_view locale,
                                          const EnvironmentLookup& environment);
-
-/** The folder that holds a folder for each language. */
-const std::string& TextsFolder();
-
-/** Reads texts from another folder from now on: for the tests, not to be used by two threads. */
-void UseTextsFolder(std::string folder);
-
-/** A bundle's English text as it was built in, empty when there is no such bundle. */
-std::string_view CompiledTexts(std::string_view bundle);
 
 }  // namespace vornplatform
 

@@ -1,11 +1,11 @@
-#include "platform/linux/processes/user_names.h"
+#include "platform/linux/processes/user_directory.h"
 
 #include <pwd.h>
 
 #include <cerrno>
 #include <vector>
 
-#include "platform/linux/support/shortage.h"
+#include "platform/linux/support/host_error.h"
 
 namespace vornplatform {
 namespace {
@@ -24,7 +24,10 @@ auto LookUp(const Query& query, const Reader& reader) {
         buffer.resize(error == ERANGE ? buffer.size() * 2 : buffer.size());
         error = query(&record, buffer.data(), buffer.size(), &found);
     }
-    ThrowOnShortage(error);
+    // Any other value may as well mean that there is no such user, according to the service asked.
+    if (IsShortage(error)) {
+        throw HostError(error);
+    }
     return reader(found);
 }
 
@@ -38,12 +41,12 @@ std::string FindName(uid_t uid) {
 
 }  // namespace
 
-const std::string& UserNames::NameOf(uid_t uid) {
+const std::string& UserDirectory::NameOf(uid_t uid) {
     const auto known = names_.find(uid);
     return known != names_.end() ? known->second : names_.emplace(uid, FindName(uid)).first->second;
 }
 
-std::optional<uid_t> UserNames::FindUser(const char* name) {
+std::optional<uid_t> UserDirectory::IdOf(const char* name) {
     const auto query = [name](auto... rest) { return getpwnam_r(name, rest...); };
     return LookUp(query, [](const passwd* found) {
         return found != nullptr ? std::optional<uid_t>(found->pw_uid) : std::nullopt;

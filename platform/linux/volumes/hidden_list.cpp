@@ -1,10 +1,9 @@
-#include "platform/linux/volumes/hidden_names.h"
+#include "platform/linux/volumes/hidden_list.h"
 
 #include <iterator>
 
 #include "platform/linux/files/whole_file.h"
-#include "platform/linux/support/lines.h"
-#include "vorn/platform/error.h"
+#include "support/text.h"
 
 namespace vornplatform {
 namespace {
@@ -35,7 +34,7 @@ constexpr const char* kBuiltIn[] = {
 std::vector<std::string> ParseHiddenList(std::string_view text) {
     std::vector<std::string> names;
     while (!text.empty()) {
-        const std::string_view line = Trim(TakeLine(text));
+        const std::string_view line = support::Trim(support::TakeLine(text));
         if (!line.empty() && line.front() != '#') {
             names.emplace_back(line);
         }
@@ -43,15 +42,10 @@ std::vector<std::string> ParseHiddenList(std::string_view text) {
     return names;
 }
 
-int ReadHiddenNames(std::vector<std::string>& names) {
-    std::string text;
-    const int error = ReadTextFileOrThrow(kHiddenListPath, text);
-    if (error == KLIBC_ERR_NOT_FOUND) {
-        names.assign(std::begin(kBuiltIn), std::end(kBuiltIn));
-    } else if (error == 0) {
-        names = ParseHiddenList(text);
-    }
-    return error == KLIBC_ERR_NOT_FOUND ? 0 : error;
+std::vector<std::string> ReadHiddenList() {
+    const auto text = ReadWholeFile(kHiddenListPath);
+    return text ? ParseHiddenList(*text)
+                : std::vector<std::string>(std::begin(kBuiltIn), std::end(kBuiltIn));
 }
 
 }  // namespace vornplatform
