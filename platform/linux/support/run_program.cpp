@@ -104,8 +104,8 @@ ProgramEnd Collect(const StartedProgram& program, support::Descriptor pipe,
                    const ProgramLimits& limits, std::string& output) {
     const auto deadline = Clock::now() + limits.time;
     for (;;) {
-        const bool ended =
-            HasEnded(program.pid);  // before the last read, so that nothing is missed
+        // Looked at before the last read, so that nothing is missed.
+        const bool ended = HasEnded(program.pid);
         ReadState state = ReadState::kMore;
         while (pipe && state == ReadState::kMore) {
             state = ReadSome(pipe.Get(), limits.output, output);

@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "tests/platform/support/child.h"
 #include "tests/platform/support/private_network.h"
+#include "tests/platform/support/scripted_calls.h"
 #include "tests/platform/support/serving.h"
 #include "tests/platform/support/temp_folder.h"
 #include "vorn/platform/error.h"
@@ -154,6 +156,19 @@ TEST(Connections, OfSshAreLeftOutBeforeTheLogin) {
         ServedClient client(listener, "127.0.0.2");
         const auto server = ServeBy(MakeServer(folder, "sshd"), 4, client);
         EXPECT_EQ(SeenOf(server->Pid()), List());
+    });
+}
+
+TEST(Connections, FailWhereTheProcessesCannotBeListedToTheEnd) {
+    InPrivateNetwork([] {
+        const Listener listener("127.0.0.1");
+        const ServedClient client(listener, "127.0.0.2");
+        Calls().getdents64.failFrom = 2;
+        Calls().getdents64.error = EIO;
+        VORN_CURCONN* records = nullptr;
+        EXPECT_LT(VORNCurConnGet(&records), 0);
+        EXPECT_EQ(records, nullptr);
+        EXPECT_EQ(KLIBCErrGet(), KLIBC_ERR_INTERNAL);
     });
 }
 

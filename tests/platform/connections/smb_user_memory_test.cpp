@@ -11,7 +11,7 @@ const SmbServer kFirst{8661, 100};
 const SmbServer kSecond{8667, 200};
 
 /** Sessions that ask a scripted smbstatus, under a clock that the test moves. */
-class SmbSession : public testing::Test {
+class SmbUser : public testing::Test {
 protected:
     SmbUsers UsersOf(const std::vector<SmbServer>& servers) { return memory_.UsersOf(servers); }
 
@@ -25,30 +25,30 @@ protected:
                           [this] { return now_; }};
 };
 
-TEST_F(SmbSession, IsNotAskedForWithoutAServer) {
+TEST_F(SmbUser, IsNotAskedForWithoutAServer) {
     EXPECT_EQ(UsersOf({}), SmbUsers());
     EXPECT_EQ(asked_, 0);
 }
 
-TEST_F(SmbSession, IsAskedForOnceForAllServers) {
+TEST_F(SmbUser, IsAskedForOnceForAllServers) {
     EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"alice"}}, {8667, {"bob"}}}));
     EXPECT_EQ(asked_, 1);
 }
 
-TEST_F(SmbSession, IsRemembered) {
+TEST_F(SmbUser, IsRemembered) {
     UsersOf({kFirst, kSecond});
     EXPECT_EQ(UsersOf({kSecond}), (SmbUsers{{8667, {"bob"}}}));
     EXPECT_EQ(UsersOf({kFirst}), (SmbUsers{{8661, {"alice"}}}));
     EXPECT_EQ(asked_, 1);
 }
 
-TEST_F(SmbSession, IsAskedForAgainForANewServer) {
+TEST_F(SmbUser, IsAskedForAgainForANewServer) {
     UsersOf({kFirst});
     EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"alice"}}, {8667, {"bob"}}}));
     EXPECT_EQ(asked_, 2);
 }
 
-TEST_F(SmbSession, IsNotTakenFromAnEarlierProcessOfThatPid) {
+TEST_F(SmbUser, IsNotTakenFromAnEarlierProcessOfThatPid) {
     UsersOf({kFirst});
     answer_ = SmbUsers{{8661, {"carol"}}};
     EXPECT_EQ(UsersOf({{8661, 101}}), (SmbUsers{{8661, {"carol"}}}));
@@ -56,7 +56,7 @@ TEST_F(SmbSession, IsNotTakenFromAnEarlierProcessOfThatPid) {
     EXPECT_EQ(UsersOf({{8661, 102}}), SmbUsers());
 }
 
-TEST_F(SmbSession, IsAskedForOnceACallWhileAServerHasNone) {
+TEST_F(SmbUser, IsAskedForOnceACallWhileAServerHasNone) {
     answer_ = SmbUsers{{8667, {"bob"}}};
     for (int call = 1; call <= 3; ++call) {
         EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8667, {"bob"}}}));
@@ -64,7 +64,7 @@ TEST_F(SmbSession, IsAskedForOnceACallWhileAServerHasNone) {
     }
 }
 
-TEST_F(SmbSession, IsRefreshedAfterAWhile) {
+TEST_F(SmbUser, IsRefreshedAfterAWhile) {
     UsersOf({kFirst});
     answer_ = SmbUsers{{8661, {"alice", "bob"}}};
     now_ += SmbUserMemory::kMaxAge - seconds(1);
@@ -74,7 +74,7 @@ TEST_F(SmbSession, IsRefreshedAfterAWhile) {
     EXPECT_EQ(asked_, 2);
 }
 
-TEST_F(SmbSession, IsNotAskedForAgainRightAfterAFailure) {
+TEST_F(SmbUser, IsNotAskedForAgainRightAfterAFailure) {
     answer_.reset();
     EXPECT_EQ(UsersOf({kFirst}), SmbUsers());
     now_ += SmbUserMemory::kPause - seconds(1);
@@ -86,7 +86,7 @@ TEST_F(SmbSession, IsNotAskedForAgainRightAfterAFailure) {
     EXPECT_EQ(asked_, 2);
 }
 
-TEST_F(SmbSession, OutlivesAFailure) {
+TEST_F(SmbUser, OutlivesAFailure) {
     UsersOf({kFirst});
     answer_.reset();
     EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"alice"}}}));

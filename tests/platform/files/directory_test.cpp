@@ -1,16 +1,14 @@
-#include <dirent.h>
-#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <string>
 
 #include "tests/platform/support/private_root.h"
+#include "tests/platform/support/scripted_calls.h"
 #include "tests/platform/support/string_list.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
@@ -21,32 +19,16 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-int listingCalls = 0;
-int failFromCall = 0;
-bool hideTypes = false;
-
-void HideTypes(char* buffer, ssize_t size) {
-    for (ssize_t at = 0; at < size;) {
-        auto& entry = *reinterpret_cast<dirent64*>(buffer + at);
-        entry.d_type = DT_UNKNOWN;
-        at += entry.d_reclen;
-    }
-}
-
 class Directory : public testing::Test {
 protected:
     void SetUp() override {
         char folder[] = "/tmp/vornplatform-directory-XXXXXX";
         ASSERT_NE(mkdtemp(folder), nullptr);
         folder_ = folder;
-        listingCalls = 0;
-        failFromCall = 0;
-        hideTypes = false;
         KLIBCErrSetEx(0, "", 0);
     }
     void TearDown() override {
-        failFromCall = 0;
-        hideTypes = false;
+        Calls() = {};
         std::filesystem::remove_all(folder_);
     }
     int List(int options) {
@@ -59,27 +41,12 @@ protected:
         ASSERT_EQ(symlink("folder", (folder_ + "/link").c_str()), 0);
     }
 
+    CallScript script_;
     std::string folder_;
     StringList list_;
 };
 
 }  // namespace
-
-/** Observed at link level; the rest is the C library's. */
-extern "C" ssize_t getdents64(int fd, void* buffer, size_t size) {
-    static const auto real =
-        reinterpret_cast<ssize_t (*)(int, void*, size_t)>(dlsym(RTLD_NEXT, "getdents64"));
-    ++listingCalls;
-    if (failFromCall != 0 && listingCalls >= failFromCall) {
-        errno = EIO;
-        return -1;
-    }
-    const ssize_t got = real(fd, buffer, size);
-    if (hideTypes) {
-        HideTypes(static_cast<char*>(buffer), got);
-    }
-    return got;
-}
 
 TEST_F(Directory, ListsNamesWithoutDotAndDotDot) {
     FillMixed();
@@ -96,7 +63,7 @@ TEST_F(Directory, ListsFoldersAloneOnRequestAndNoLinkToOne) {
 
 TEST_F(Directory, ExaminesEntriesWhereTheFileSystemTellsNoTypes) {
     FillMixed();
-    hideTypes = true;
+    Calls().getdents64.hideTypes = true;
     EXPECT_EQ(List(KLIBC_ENUM_DIRECTORIES), 2);
     EXPECT_THAT(list_.Texts(), UnorderedElementsAre("folder", "..."));
 }
@@ -113,7 +80,7 @@ TEST_F(Directory, ReadsTenThousandEntriesInFewCalls) {
         ASSERT_EQ(symlink("x", (folder_ + "/" + std::to_string(i)).c_str()), 0);
     }
     EXPECT_EQ(List(0), 10000);
-    EXPECT_LE(listingCalls, 8);
+    EXPECT_LE(Calls().getdents64.calls, 8);
 }
 
 TEST_F(Directory, AppendsNothingWhenReadingFailsInTheMiddle) {
@@ -121,10 +88,11 @@ TEST_F(Directory, AppendsNothingWhenReadingFailsInTheMiddle) {
         ASSERT_EQ(symlink("x", (folder_ + "/" + std::to_string(i)).c_str()), 0);
     }
     list_.Push("old");
-    failFromCall = 2;
+    Calls().getdents64.failFrom = 2;
+    Calls().getdents64.error = EIO;
     EXPECT_LT(List(0), 0);
     EXPECT_EQ(KLIBCErrGet(), KLIBC_ERR_INTERNAL);
-    EXPECT_EQ(listingCalls, 2);
+    EXPECT_EQ(Calls().getdents64.calls, 2);
     EXPECT_THAT(list_.Texts(), ElementsAre("old"));
 }
 

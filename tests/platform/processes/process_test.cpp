@@ -1,6 +1,8 @@
 #include "vorn/platform/process.h"
 
+#include <grp.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -9,6 +11,8 @@
 #include <memory>
 
 #include "tests/platform/support/child.h"
+#include "tests/platform/support/private_root.h"
+#include "tests/platform/support/serving.h"
 #include "vorn/platform/error.h"
 
 namespace {
@@ -52,6 +56,22 @@ TEST(Process, IsNotFoundOnceItHasGone) {
     EXPECT_LT(KLIBCProcGetByPid(gone, &process), 0);
     EXPECT_EQ(process, nullptr);
     EXPECT_EQ(KLIBCErrGet(), KLIBC_ERR_NOT_FOUND);
+}
+
+TEST(Process, IsNotFoundWhereThisCallerMayNotSeeIt) {
+    SKIP_WITHOUT_MOUNTS();
+    for (const char* option : {"hidepid=1", "hidepid=2"}) {
+        InPrivateRoot([option] {
+            ASSERT_EQ(mount("proc", "/proc", "proc", 0, option), 0) << option;
+            // Group 0 may see all processes, unless the mount says otherwise.
+            ASSERT_EQ(setgroups(0, nullptr), 0);
+            ASSERT_EQ(setresgid(kNobody, kNobody, kNobody), 0);
+            ASSERT_EQ(setresuid(kNobody, kNobody, kNobody), 0);
+            KLIBC_PROC* process = nullptr;
+            EXPECT_LT(KLIBCProcGetByPid(1, &process), 0) << option;
+            EXPECT_EQ(KLIBCErrGet(), KLIBC_ERR_NOT_FOUND) << option;
+        });
+    }
 }
 
 TEST(Process, IsRefusedByAnImpossibleId) {

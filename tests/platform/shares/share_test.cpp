@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,6 +15,7 @@
 #include "platform/linux/shares/share_table.h"
 #include "tests/platform/support/log_capture.h"
 #include "tests/platform/support/private_root.h"
+#include "tests/platform/support/scripted_calls.h"
 #include "tests/platform/support/string_list.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/share.h"
@@ -192,6 +194,30 @@ TEST(Shares, AreTopLevelFoldersWhereTheHostExportsNothing) {
                                 Pair("photo (2)", "/volume2/photo")));
         EXPECT_EQ(KLIBCErrGet(), 0);
         EXPECT_THAT(LoggedLines(), IsEmpty());
+    });
+}
+
+TEST(Shares, AreNoneOfAVolumeThatCannotBeListedToItsEnd) {
+    SKIP_WITHOUT_MOUNTS();
+    InPrivateRoot([] {
+        MakeFolder("/volume1/photo");
+        Calls().getdents64.failFrom = 2;
+        Calls().getdents64.error = EIO;
+        EXPECT_THAT(ListedShares(), IsEmpty());
+        EXPECT_THAT(LoggedLines(), ElementsAre(testing::HasSubstr("list the volume /volume1"),
+                                               testing::HasSubstr("list the volume /volume2")));
+    });
+}
+
+TEST(Shares, SayWhichFolderOfExportsCannotBeListedToItsEnd) {
+    SKIP_WITHOUT_MOUNTS();
+    InPrivateRoot([] {
+        WriteFile("/etc/exports", "/volume1/a *\n");
+        WriteFile("/etc/exports.d/x.exports", "/volume2/x *\n");
+        Calls().getdents64.failFrom = 2;
+        Calls().getdents64.error = EIO;
+        EXPECT_THAT(ListedShares(), ElementsAre(Pair("a", "/volume1/a")));
+        EXPECT_THAT(LoggedLines(), ElementsAre(testing::HasSubstr("list /etc/exports.d")));
     });
 }
 

@@ -1,17 +1,23 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sched.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <thread>
 
+#include "platform/linux/support/host_error.h"
 #include "platform/linux/support/run_program.h"
 #include "support/descriptor.h"
+#include "tests/platform/support/scripted_calls.h"
 
 namespace {
 
@@ -150,6 +156,84 @@ TEST(RunProgram, WaitsForNoGrandchildThatHoldsThePipe) {
     }
     pollfd end = {watched.Get(), POLLIN, 0};
     EXPECT_EQ(poll(&end, 1, 60000), 1);
+}
+
+TEST(RunProgram, SleepsUntilTheProgramDoesSomething) {
+    const CallScript script;
+    EXPECT_EQ(Shell("sleep 0.3; echo once; exec >&-; sleep 0.3; exit 3").status, 3);
+    // A word, the end of the output, the end of the program; and whatever else may be split.
+    EXPECT_LE(Calls().poll.calls, 6);
+}
+
+TEST(RunProgram, NeedsNoPidDescriptor) {
+    for (const int error : {0, EINVAL, EPERM, ENOSYS}) {
+        const CallScript script;
+        Calls().clone = {CLONE_PIDFD, error};
+        const ProgramResult result = Shell("sleep 1000 & echo out; exit 3");
+        EXPECT_EQ(result.end, ProgramEnd::kExited) << error;
+        EXPECT_EQ(result.status, 3) << error;
+        EXPECT_EQ(result.output, "out\n") << error;
+        const ProgramResult slow = Shell("exec sleep 1000", {std::chrono::milliseconds(100), 100});
+        EXPECT_EQ(slow.end, ProgramEnd::kTimeLimit) << error;
+        ExpectNoChildLeft();
+    }
+}
+
+TEST(RunProgram, ThrowsAShortageOfDescriptors) {
+    const CallScript script;
+    Calls().clone = {CLONE_PIDFD, EMFILE};
+    try {
+        Shell("true");
+        FAIL() << "took a shortage for an answer";
+    } catch (const vornplatform::HostError& error) {
+        EXPECT_EQ(error.Error(), EMFILE);
+    }
+    ExpectNoChildLeft();
+}
+
+TEST(RunProgram, LeavesNoProgramThatItCannotWaitFor) {
+    const CallScript script;
+    Calls().poll.error = ENOMEM;
+    EXPECT_THROW(Shell("exec sleep 1000"), vornplatform::HostError);
+    ExpectNoChildLeft();
+}
+
+TEST(RunProgram, GoesOnAfterASignal) {
+    const CallScript script;
+    Calls().poll.error = EINTR;
+    EXPECT_EQ(Shell("sleep 0.1; echo out").output, "out\n");
+    EXPECT_GE(Calls().poll.calls, 2);
+}
+
+TEST(RunProgram, LeavesNoDescriptorOpen) {
+    const auto count = [] {
+        const std::filesystem::directory_iterator folder("/proc/self/fd");
+        return std::distance(begin(folder), end(folder));
+    };
+    const auto before = count();
+    Shell("true");
+    vornplatform::RunProgram({"/nowhere/program"}, kRoomy);
+    Shell("exec sleep 1000", {std::chrono::milliseconds(10), 100});
+    EXPECT_EQ(count(), before);
+}
+
+TEST(RunProgram, KnowsNoStatusThatAnotherThreadHasCollected) {
+    // Whoever comes first collects: tried until it is the other thread.
+    bool collected = false;
+    for (int i = 0; i < 1000 && !collected; ++i) {
+        std::atomic<bool> over = false;
+        std::thread collector([&] {
+            while (!over && !collected) {
+                collected = waitpid(-1, nullptr, WNOHANG) > 0;
+            }
+        });
+        const ProgramResult result = Shell("echo out; exit 3");
+        over = true;
+        collector.join();
+        EXPECT_EQ(result.end, collected ? ProgramEnd::kUnknown : ProgramEnd::kExited);
+        EXPECT_EQ(result.output, "out\n");
+    }
+    EXPECT_TRUE(collected);
 }
 
 TEST(RunProgram, SaysThatAProgramIsMissing) {
