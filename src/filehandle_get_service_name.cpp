@@ -16,7 +16,6 @@
 #include "support/text.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
-#include "vorn/platform/service.h"
 #include "vorn/platform/string_bundle.h"
 
 namespace VORN {

@@ -39,6 +39,16 @@ int KLIBCFileEnumDir(const char* path, const char* pattern, KLIBC_SZLIST** list,
  */
 int KLIBCFileCheckDir(const char* path);
 
+/** @name Where the name of a process's service is: texts, to be joined with others. @{ */
+
+/** The hierarchy of control groups whose paths name units, as /proc/<pid>/cgroup calls it. */
+#define VORN_UNIT_HIERARCHY "name=systemd"
+
+/** The section of a unit's file that names the service, by its keys Name and NameI18n. */
+#define VORN_UNIT_SECTION "X-Vornalis"
+
+/** @} */
+
 /**
  * Copies the value of a key in a section of an ini-style file, such as a unit file of systemd, into
  * a buffer.
