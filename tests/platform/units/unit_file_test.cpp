@@ -338,8 +338,8 @@ TEST(CutUtf8, KeepsNothingWhereNoCharacterFits) {
 
 // Another reader's view of the units of this machine: path, section, key and value of every last
 // non-empty assignment, a line each, separated by unit separators (0x1F).
-constexpr const char* kOtherReader =
-    "/usr/bin/python3 " VORN_TEST_SOURCE_FOLDER "/list_unit_values.py /usr/lib/systemd/system";
+constexpr const char* kOtherReader = "/usr/bin/python3 " VORN_TEST_SOURCE_FOLDER
+                                     "/units/list_unit_values.py /usr/lib/systemd/system";
 
 TEST(UnitFile, AgreesWithAnotherReaderOnEveryUnitOfThisMachine) {
     const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(kOtherReader, "r"), pclose);
