@@ -25,7 +25,7 @@ namespace {
 // 1:name=systemd:/user.slice/user-0.slice/session-1.scope
 /** Whether `/proc/<pid>/cgroup` has a line for the hierarchy name=systemd. */
 bool HasSystemdHierarchy(std::string_view cgroup) {
-    return cgroup.find(":name=systemd:") != std::string_view::npos;
+    return cgroup.find(":" VORN_UNIT_HIERARCHY ":") != std::string_view::npos;
 }
 
 Finding ExamineRights() {
@@ -55,9 +55,6 @@ Finding ExamineVolumes() {
     return {"volumes", State::kMissing, "no volume is mounted",
             "mount the data file systems on /volume1, /volume2 and so on"};
 }
-
-/** The shares that the library asks for. */
-constexpr int kEveryShare = 0x7F0F;
 
 bool IsExecutable(const char* path) {
     return access(path, X_OK) == 0;
@@ -93,7 +90,7 @@ size_t CountNamedUnits(const char* folder) {
     support::VisitFolder(opened.Get(), [&](const dirent64& entry) {
         std::array<char, 1024> value{};
         const std::string path = std::string(folder) + '/' + entry.d_name;
-        if (KLIBCFileGetSectionValue(path.c_str(), "X-Vornalis", "Name", value.data(),
+        if (KLIBCFileGetSectionValue(path.c_str(), VORN_UNIT_SECTION, "Name", value.data(),
                                      static_cast<int>(value.size())) == 0) {
             ++named;
         }
@@ -138,7 +135,7 @@ Finding ExamineSmb() {
 
 Finding ExamineShares() {
     KLIBC_SZLIST* list = KLIBCSzListAlloc(0);
-    const int shares = VORNShareEnum(&list, kEveryShare);
+    const int shares = VORNShareEnum(&list, VORN_SHARE_ALL);
     const support::Owner<KLIBC_SZLIST, KLIBCSzListFree> owner(list);
     if (shares < 0) {
         return {"shares", State::kMissing,
