@@ -3,7 +3,9 @@
 import resource
 import subprocess
 
-from support import Holder, run, touch
+from harness.command import run
+from harness.files import touch
+from harness.processes import Holder
 
 ROUNDS = 5
 FORMATS = (["--format", "table"], ["--format", "json"], ["--format", "jsonl"], ["--format", "csv"],

@@ -8,5 +8,5 @@ set -euo pipefail
 project=$(dirname "$(dirname "$(realpath "$0")")")
 export VORN_OPENFILES
 VORN_OPENFILES=$(realpath "$1")
-export PYTHONPATH=$project/tests/cli/command PYTHONDONTWRITEBYTECODE=1
+export PYTHONPATH=$project/tests PYTHONDONTWRITEBYTECODE=1
 exec "$project/scripts/sample-host.sh" /usr/bin/python3 "$project/bench/format.py"

@@ -172,13 +172,22 @@ build() { # COMMAND [ARG...]
     umount "$hierarchy"
     build_root || fail "cannot build the root file system"
     build_kernel_views || fail "cannot mount /proc, /sys and /dev"
+    local folder=$PWD
+
+    # Not chroot: in that the kernel refuses user namespaces, which users reach for first.
+    cd "$scratch/root"
+    mkdir old
+    pivot_root . old
+    umount --lazy /old
+    rmdir /old
 
     # Not exec: the first process of a PID namespace ignores signals and has to collect orphans,
     # which is this shell's work and not that of COMMAND.
     local status=0
-    # shellcheck disable=SC2016 # expanded by the inner shell
-    VORN_SAMPLE_HOST=1 chroot "$scratch/root" \
-        /bin/sh -c 'cd "$0" 2>/dev/null || cd /; exec "$@"' "$PWD" "$@" || status=$?
+    (
+        cd "$folder" 2>/dev/null || cd /
+        VORN_SAMPLE_HOST=1 exec "$@"
+    ) || status=$?
     exit "$status"
 }
 

@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Connections of servers that are no file servers, and processes that have none."""
 
 import socket
@@ -6,10 +5,11 @@ import subprocess
 import sys
 import unittest
 
-from harness import main, set_up_host, wait_until
-from listing import UNKNOWN, open_files
-from processes import Holder, start, stop
-from servers import listening
+from harness.listing import UNKNOWN, open_files
+from harness.processes import Holder, start, stop
+from harness.sample_host import set_up_host
+from harness.servers import listening
+from harness.waiting import wait_until
 
 # Opens the file that a client asks for and keeps both.
 SERVER = """
@@ -111,7 +111,3 @@ class NoConnections(unittest.TestCase):
         listing = open_files()
         self.assertEqual(len(listing.files), len(groups))
         self.assertEqual({(file["host"], file["user"]) for file in listing.files}, {UNKNOWN})
-
-
-if __name__ == "__main__":
-    main()

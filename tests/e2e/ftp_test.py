@@ -1,13 +1,13 @@
-#!/usr/bin/python3
 """Files that clients hold over FTP: from where, and by whom."""
 
 import os
 import unittest
 
-from harness import PASSWORD, main, needs, set_up_host, write_file
-from listing import open_files
-from processes import await_holder, start, stop
-from servers import Server
+from harness.files import write_file
+from harness.listing import open_files
+from harness.processes import await_holder, start, stop
+from harness.sample_host import PASSWORD, needs, set_up_host
+from harness.servers import Server
 
 CONFIGURATION = """
 listen=NO
@@ -67,7 +67,3 @@ class FtpTest(unittest.TestCase):
     def test_a_client_over_ipv6_has_its_address(self):
         self.transfer("alice", "::1", "over-v6", "--upload-file", "/root/upload")
         self.assertEqual(self.clients("/volume1/share/over-v6"), {("FTP", "::1", "alice")})
-
-
-if __name__ == "__main__":
-    main()

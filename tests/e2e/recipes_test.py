@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """The everyday questions of the README have the answers that it shows."""
 
 import os
@@ -9,11 +8,13 @@ import sys
 
 import smb_test
 import ssh_test
-from harness import PATIENCE, PROJECT, main, needs, run, set_up_host, write_file
-from processes import Holder, await_holder, stop
+from harness.files import write_file
+from harness.processes import Holder, await_holder, output_of, stop
+from harness.sample_host import PROJECT, needs, set_up_host
+from harness.terminal import Terminal
+from harness.waiting import PATIENCE
 
 sys.path.append(os.path.join(PROJECT, "tests", "cli", "command"))
-from terminal import Terminal
 
 OFFICE, STUDIO = "192.0.2.10", "192.0.2.11"
 DELETED = "/volume1/projects/2023.tar"
@@ -25,7 +26,7 @@ def setUpModule():
     needs("sshd", "ssh", "smbd", "smbclient", "smbpasswd", "smbstatus", "jq")
     set_up_host()
     for address in (OFFICE, STUDIO):
-        run(["ip", "address", "add", f"{address}/32", "dev", "lo"])
+        output_of(["ip", "address", "add", f"{address}/32", "dev", "lo"])
     os.mkdir("/volume1/projects", 0o1777)
     os.chmod("/volume1/projects", 0o1777)
     ssh_test.set_up_ssh()
@@ -122,7 +123,3 @@ class Recipes(ssh_test.SshTest, smb_test.SmbTest):
         closed = terminal.wait_for(b"budget.ods\r\n")
         interrupt(terminal)
         return (opened + closed).decode().splitlines()
-
-
-if __name__ == "__main__":
-    main()

@@ -1,14 +1,15 @@
-#!/usr/bin/python3
 """Files that clients hold over the rsync daemon: from where, and by whom."""
 
 import glob
 import os
 import unittest
 
-from harness import main, needs, set_up_host, wait_until, write_file
-from listing import open_files
-from processes import start, stop
-from servers import Server
+from harness.files import write_file
+from harness.listing import open_files
+from harness.processes import start, stop
+from harness.sample_host import needs, set_up_host
+from harness.servers import Server
+from harness.waiting import wait_until
 
 CONFIGURATION = """
 port = 873
@@ -63,7 +64,3 @@ class RsyncTest(unittest.TestCase):
         first, second = self.upload("127.0.0.4", "first"), self.upload("127.0.0.5", "second")
         self.assertEqual(self.clients(first), {("rsync", "127.0.0.4", "alice")})
         self.assertEqual(self.clients(second), {("rsync", "127.0.0.5", "alice")})
-
-
-if __name__ == "__main__":
-    main()

@@ -1,14 +1,14 @@
-#!/usr/bin/python3
 """Which service an open file belongs to, on the real control-group hierarchy."""
 
 import os
 import threading
 import unittest
 
-from harness import main, needs, set_up_host, write_file
-from listing import open_files
-from processes import Holder
-from servers import SystemLog
+from harness.files import write_file
+from harness.listing import open_files
+from harness.processes import Holder
+from harness.sample_host import needs, set_up_host
+from harness.servers import SystemLog
 
 LOCAL = "/usr/local/lib/systemd/system/"
 VENDOR = "/usr/lib/systemd/system/"
@@ -130,7 +130,3 @@ class ServicesOfProcessesThatExit(ServiceTest):
         self.assertEqual(self.services(), {"leaving": "Internal service", "staying": "SSH"})
         self.assertEqual(self.log.take(), [
             f"filehandle_get_service_name:141 Failed to open pid {leaving.pid} cgroup"])
-
-
-if __name__ == "__main__":
-    main()

@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """An SMB client that has said nothing for so long that its server has turned back into root.
 
 A module of its own, as that takes a minute.
@@ -7,9 +6,9 @@ A module of its own, as that takes a minute.
 import os
 import signal
 
-from harness import main, wait_until
-from listing import open_files
-from processes import await_holder
+from harness.listing import open_files
+from harness.processes import await_holder
+from harness.waiting import wait_until
 from smb_test import SmbTest, setUpModule  # unittest calls setUpModule
 
 
@@ -29,7 +28,3 @@ class IdleSmbClient(SmbTest):
                    patience=120)
         self.assertEqual(open_files().client("/volume1/share/file-0"),
                          ("SMB", "127.0.0.2", "alice"))
-
-
-if __name__ == "__main__":
-    main()

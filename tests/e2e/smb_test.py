@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Files that clients hold over SMB: from where, and by whom."""
 
 import os
@@ -7,10 +6,12 @@ import re
 import subprocess
 import unittest
 
-from harness import BUILD, PASSWORD, main, needs, run, set_up_host, wait_until, write_file
-from listing import UNKNOWN, open_files
-from processes import Holder, await_holder, start, stop
-from servers import Server, SystemLog, from_address
+from harness.files import write_file
+from harness.listing import UNKNOWN, open_files
+from harness.processes import Holder, await_holder, output_of, start, stop
+from harness.sample_host import BUILD, PASSWORD, needs, set_up_host
+from harness.servers import Server, SystemLog, from_address
+from harness.waiting import wait_until
 
 CONFIGURATION = """
 [global]
@@ -42,7 +43,7 @@ def setUpModule():
 def set_up_smb(configuration):
     write_file("/etc/samba/smb.conf", configuration)
     for user in ("alice", "bob"):
-        run(["smbpasswd", "-s", "-a", user], input=f"{PASSWORD}\n{PASSWORD}\n")
+        output_of(["smbpasswd", "-s", "-a", user], input=f"{PASSWORD}\n{PASSWORD}\n")
 
 
 class SmbTest(unittest.TestCase):
@@ -102,7 +103,7 @@ class CallerThatRaisesItsRights(SmbTest):
         self.hold("alice", "127.0.0.7", "file-0")
         environment = {**os.environ, "ASAN_OPTIONS": "detect_leaks=0"}
         for caller in ("alice", "bob"):
-            printed = run([self.CALLER, str(pwd.getpwnam(caller).pw_uid)], env=environment)
+            printed = output_of([self.CALLER, str(pwd.getpwnam(caller).pw_uid)], env=environment)
             self.assertIn("/volume1/share/file-0 127.0.0.7 alice\n", printed)
 
 
@@ -114,7 +115,7 @@ class RightsOfTheMetricsService(SmbTest):
         with open(self.UNIT, encoding="utf-8") as unit:
             rights = re.search("^CapabilityBoundingSet=(.+)$", unit.read(), re.MULTILINE).group(1)
         bounding = ",".join(["-all", *(f"+{name[len('CAP_'):].lower()}" for name in rights.split())])
-        printed = run(["setpriv", "--no-new-privs", "--bounding-set", bounding, "--inh-caps", "-all",
+        printed = output_of(["setpriv", "--no-new-privs", "--bounding-set", bounding, "--inh-caps", "-all",
                        "/usr/sbin/vorn-openfiles", "metrics"],
                       env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
         self.assertIn('{share="share",service="SMB",user="alice"} 1\n', printed)
@@ -155,7 +156,7 @@ class SmbStatusThatFails(SmbTest):
     def test_one_that_hangs_costs_the_user_and_one_line(self):
         self.replace("exec sleep 98765")
         self.expect_unknown_user_and_one_line()
-        self.assertNotIn("98765", run(["ps", "-e", "-o", "args"]))
+        self.assertNotIn("98765", output_of(["ps", "-e", "-o", "args"]))
 
     def test_one_that_prints_garbage_costs_the_user_and_one_line(self):
         self.replace("head -c 4096 /dev/urandom")
@@ -179,7 +180,3 @@ class NotAnSmbClient(SmbTest):
         write_file("/usr/bin/smbstatus", "#!/bin/sh\necho >>/run/smbstatus-ran\n", 0o755)
         self.assertEqual(open_files().client("/volume1/share/local"), ("SMB", *UNKNOWN))
         self.assertFalse(os.path.exists("/run/smbstatus-ran"))
-
-
-if __name__ == "__main__":
-    main()

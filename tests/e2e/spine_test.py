@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Which open files are listed, and as what."""
 
 import base64
@@ -8,9 +7,10 @@ import subprocess
 import sys
 import unittest
 
-from harness import main, run, set_up_host, write_file
-from listing import open_files
-from processes import Holder, holders, start, stop
+from harness.files import write_file
+from harness.listing import open_files
+from harness.processes import Holder, holders, output_of, start, stop
+from harness.sample_host import set_up_host
 
 
 def setUpModule():
@@ -186,15 +186,11 @@ class SharesAndVolumes(SpineTest):
         os.chmod("/var/lib/samba/usershares", 0o1770)
         self.write("/etc/samba/smb.conf", "[global]\n usershare max shares = 10\n"
                    " usershare path = /var/lib/samba/usershares\n usershare owner only = no\n")
-        run(["net", "usershare", "add", "pics", "/volume1/photo", "", "S-1-1-0:R"])
-        self.addCleanup(run, ["net", "usershare", "delete", "pics"])
+        output_of(["net", "usershare", "add", "pics", "/volume1/photo", "", "S-1-1-0:R"])
+        self.addCleanup(output_of, ["net", "usershare", "delete", "pics"])
         self.assertEqual(set(self.listed("share")), {"/volume1/photo/b"})
 
     def test_exports_of_nfs_are_shares(self):
         self.write("/etc/exports", "/volume2/backup 127.0.0.1(ro)\n")
         self.write("/etc/exports.d/more.exports", "/volume1/share *(rw)\n")
         self.assertEqual(set(self.listed("share")), {"/volume1/share/a", "/volume2/backup/c"})
-
-
-if __name__ == "__main__":
-    main()

@@ -1,4 +1,3 @@
-#!/usr/bin/python3
 """Files that clients hold over SSH: from where, and by whom."""
 
 import os
@@ -7,10 +6,12 @@ import shlex
 import subprocess
 import unittest
 
-from harness import login_of, main, needs, run, set_up_host, wait_until, write_file
-from listing import UNKNOWN, open_files
-from processes import Holder, await_holder, parent_of, program_of, start, stop
-from servers import Server, connected
+from harness.files import write_file
+from harness.listing import UNKNOWN, open_files
+from harness.processes import Holder, await_holder, output_of, parent_of, program_of, start, stop
+from harness.sample_host import login_of, needs, set_up_host
+from harness.servers import Server, connected
+from harness.waiting import wait_until
 
 KEY = "/root/e2e-key"
 
@@ -23,8 +24,8 @@ def setUpModule():
 
 def set_up_ssh():
     os.makedirs("/run/sshd", exist_ok=True)
-    run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", KEY])
-    run(["ssh-keygen", "-A"])
+    output_of(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", KEY])
+    output_of(["ssh-keygen", "-A"])
     with open(KEY + ".pub", encoding="ascii") as file:
         public = file.read()
     for user in ("alice", "bob", "root"):
@@ -276,7 +277,3 @@ class ServerOfSomebodysLogin(SshTest):
         await_holder("/volume1/share/not-his")
         self.assertEqual(open_files().client("/volume1/share/not-his"),
                          ("SSH", "127.0.0.20", "alice"))
-
-
-if __name__ == "__main__":
-    main()

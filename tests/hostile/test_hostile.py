@@ -9,34 +9,31 @@ import sys
 import tempfile
 import unittest
 
-from support import Holder, run, touch
+from harness.command import run
+from harness.files import touch
+from harness.processes import Announced, Holder
 
 REAL = "/volume1/photo/real"
+TRICKS = os.path.join(os.path.dirname(os.path.realpath(__file__)), "hostile.py")
 
 
-class Hostile:
+def setUpModule():
+    as_nobody = ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
+    if subprocess.run([*as_nobody, "unshare", "--user", "true"], check=False).returncode != 0:
+        raise unittest.SkipTest("the kernel refuses user namespaces to users, as by sysctl")
+    os.mkdir("/volume1/photo")
+    os.chmod("/volume1/photo", 0o1777)
+
+
+class Hostile(Announced):
     """The user nobody at a trick of hostile.py."""
 
     def __init__(self, trick, *arguments, executable=sys.executable, login=None):
         environment = dict(os.environ)
         if login is not None:
             environment["VORN_LOGIN_UID"] = str(login)
-        self._process = subprocess.Popen(
-            [executable, os.path.abspath("hostile.py"), trick, *arguments],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment)
-        self.pid = str(self._process.pid)
-
-    def __enter__(self):
-        said = self._process.stdout.readline()
-        if said != b"ready\n":
-            raise AssertionError(f"the trick did not work: {said!r}")
-        return self
-
-    def __exit__(self, *_):
-        self._process.stdin.close()
-        self._process.stdout.read()  # Its children have that as well, and end a little later.
-        self._process.wait()
-        self._process.stdout.close()
+        super().__init__([executable, TRICKS, trick, *arguments], env=environment)
+        self.pid = str(self.pid)
 
 
 class Opened:
@@ -265,7 +262,3 @@ class HostileUser(unittest.TestCase):
         files, _ = self.listed("--time", "--timeout", "20")
         self.assertEqual([(file["full_path"], file["time"]) for file in files],
                          [("/volume1/photo/mnt", "-")])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,7 +4,7 @@
 #
 #   tests/size/run.sh [COMMAND [TEST...]]
 #
-# COMMAND is build/release/bin/vorn-openfiles, TEST such as test_size.Size.test_many_exports.
+# COMMAND is build/release/bin/vorn-openfiles, TEST such as Size.test_many_exports.
 # VORN_SIZE_PROCESSES says how many processes to start (30000); they take their pids from the
 # whole machine. Needs root, a C compiler and some 8 GB of memory.
 set -euo pipefail
@@ -12,13 +12,11 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 VORN_OPENFILES=$(realpath "${1:-$root/build/release/bin/vorn-openfiles}")
 VORN_POPULATE=$root/build/size-populate
-export VORN_OPENFILES VORN_POPULATE PYTHONDONTWRITEBYTECODE=1
-export PYTHONPATH=$root/tests/cli/command:$root/tests/size
+export VORN_OPENFILES VORN_POPULATE
 
 if [[ $EUID -ne 0 ]]; then
     echo "size: must be run as root" >&2
     exit 2
 fi
 cc -std=gnu11 -O1 -o "$VORN_POPULATE" "$root/bench/populate.c"
-[[ $# -gt 1 ]] || set -- "" test_size
-exec "$root/scripts/sample-host.sh" /usr/bin/python3 -m unittest -v "${@:2}"
+exec "$root/tests/run.py" "$root/tests/size/test_size.py" "${@:2}"

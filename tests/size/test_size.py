@@ -1,5 +1,6 @@
 """Hosts as large as the machine allows: everything is listed, at what cost."""
 
+import contextlib
 import json
 import os
 import resource
@@ -9,7 +10,8 @@ import sys
 import time
 import unittest
 
-from support import COMMAND
+from harness.command import COMMAND
+from harness.processes import Announced
 
 POPULATE = os.environ["VORN_POPULATE"]
 HARD_LIMIT = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
@@ -27,7 +29,7 @@ print(usage.ru_maxrss, file=sys.stderr)
 sys.exit(os.waitstatus_to_exitcode(status))
 """
 
-# Says "ready" and waits until standard input ends; the work comes before.
+# Says "ready" when its work is done, and waits until standard input ends.
 DEEP = r"""
 import os, resource, sys
 count, first, limit = int(sys.argv[1]), int(sys.argv[2]), resource.getrlimit(resource.RLIMIT_NOFILE)[1]
@@ -64,25 +66,12 @@ sys.stdin.read()
 """
 
 
-class Started:
-    """Processes that print "ready" when they are, and end with their standard input."""
-
-    def __init__(self, *commands):
-        self._processes = [subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-                           for command in commands]
-
-    def __enter__(self):
-        for process in self._processes:
-            said = process.stdout.readline()
-            if said != b"ready\n":
-                raise AssertionError(f"a process did not get ready: {said!r}")
-        return self
-
-    def __exit__(self, *_):
-        for process in self._processes:
-            process.stdin.close()
-            process.wait()
-            process.stdout.close()
+def started(*commands):
+    """Processes that end with the block."""
+    processes = contextlib.ExitStack()
+    for command in commands:
+        processes.enter_context(Announced(command, patience=600))
+    return processes
 
 
 class Size(unittest.TestCase):
@@ -107,12 +96,12 @@ class Size(unittest.TestCase):
     def test_one_process_with_as_many_descriptors_as_it_may_have(self):
         descriptors = HARD_LIMIT - 100
         os.mkdir("/volume1/one")
-        with Started([POPULATE, "1", str(descriptors), "0", "/volume1/one"]):
+        with started([POPULATE, "1", str(descriptors), "0", "/volume1/one"]):
             self.assertEqual(len(self.listed("--by", "volume")), descriptors)
 
     def test_many_processes(self):
         os.mkdir("/volume1/many")
-        with Started([POPULATE, str(PROCESSES), "1", "0", "/volume1/many"]):
+        with started([POPULATE, str(PROCESSES), "1", "0", "/volume1/many"]):
             self.assertEqual(len(self.listed("--by", "volume")), PROCESSES)
 
     def test_many_exports(self):
@@ -127,7 +116,7 @@ class Size(unittest.TestCase):
         with open(file, "w", encoding="ascii") as configuration:
             configuration.write(head + "".join(share.format(i) for i in range(shares)))
         self.addCleanup(os.unlink, file)
-        with Started([POPULATE, "1000", "10", "0", "/volume1"]):
+        with started([POPULATE, "1000", "10", "0", "/volume1"]):
             self.assertEqual(len(self.listed()), 10000)
             found = json.loads(subprocess.run([COMMAND, "check", "--json"],
                                               stdout=subprocess.PIPE, check=False).stdout)
@@ -138,7 +127,7 @@ class Size(unittest.TestCase):
         os.makedirs("/volume1/photo", exist_ok=True)
         name = "/tmp/nginx"
         subprocess.run(["cp", os.path.realpath(sys.executable), name], check=True)
-        with Started(*([name, "-c", SERVER, str(i), str(clients)] for i in range(servers))):
+        with started(*([name, "-c", SERVER, str(i), str(clients)] for i in range(servers))):
             self.assertEqual(len(self.listed()), servers)
             rows = json.loads(subprocess.run([COMMAND, "--json"], stdout=subprocess.PIPE, check=True).stdout)
             hosts = {row["host"] for row in rows["files"]}
@@ -150,7 +139,7 @@ class Size(unittest.TestCase):
 
     def test_hundreds_of_megabytes_of_paths(self):
         each = min(HARD_LIMIT - 100, 15000)
-        with Started(*([sys.executable, "-c", DEEP, str(each), str(i * each)] for i in range(4))):
+        with started(*([sys.executable, "-c", DEEP, str(each), str(i * each)] for i in range(4))):
             paths = self.listed()
             self.assertEqual((len(paths), len(set(paths))), (4 * each, 4 * each))
             self.assertEqual({len(path) for path in paths}, {4080})
@@ -173,7 +162,3 @@ class Size(unittest.TestCase):
         self.assertEqual(self.listed(), [folder + b"/" + name for name in (gone[0] + MARK, *names[:2])])
         for file in held:
             os.close(file)
-
-
-if __name__ == "__main__":
-    unittest.main()

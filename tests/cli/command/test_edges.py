@@ -4,7 +4,9 @@ import os
 import subprocess
 import unittest
 
-from support import COMMAND, Holder, run, touch
+from harness.command import COMMAND, run
+from harness.files import touch
+from harness.processes import Holder
 
 AS_NOBODY = ["setpriv", "--reuid", "65534", "--regid", "65534", "--clear-groups", "--inh-caps=-all"]
 

@@ -6,7 +6,9 @@ import struct
 import subprocess
 import unittest
 
-from support import COMMAND, Holder, run, touch
+from harness.command import COMMAND, run
+from harness.files import touch
+from harness.processes import Holder
 
 A = b"/volume1/photo/a.jpg"
 CAP_DAC_READ_SEARCH, CAP_SYS_PTRACE = 1 << 2, 1 << 19

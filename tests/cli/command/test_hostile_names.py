@@ -10,7 +10,8 @@ import re
 import subprocess
 import unittest
 
-from support import PHOTO, Holder, run, unescape
+from harness.command import PHOTO, run, unescape
+from harness.processes import Holder
 
 FILES = 10000
 MARK = b" (deleted)"

@@ -11,7 +11,9 @@ import unittest
 import urllib.parse
 import urllib.request
 
-from support import Holder, run, touch
+from harness.command import run
+from harness.files import touch
+from harness.processes import Holder
 
 FOLDER = "/tmp/textfiles"
 OUTPUT = FOLDER + "/vorn_openfiles.prom"

@@ -6,8 +6,10 @@ import re
 import subprocess
 import unittest
 
-from support import COMMAND, Holder, run, touch
-from terminal import Terminal
+from harness.command import COMMAND, run
+from harness.files import touch
+from harness.processes import Holder
+from harness.terminal import Terminal
 
 DATA = os.path.join(os.environ["VORN_SOURCE"], "data")
 SCHEMA = os.path.join(DATA, "schema/vorn-openfiles-1.schema.json")

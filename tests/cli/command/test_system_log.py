@@ -7,7 +7,9 @@ import subprocess
 import time
 import unittest
 
-from support import Holder, run, touch
+from harness.command import run
+from harness.files import touch
+from harness.processes import Holder
 
 DEVICE = "/dev/log"
 FORGED = b"/volume1/photo/x\n<3>forged: line"

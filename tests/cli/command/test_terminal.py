@@ -8,8 +8,10 @@ import time
 import unicodedata
 import unittest
 
-from support import COMMAND, Holder, run, touch
-from terminal import Terminal
+from harness.command import COMMAND, run
+from harness.files import touch
+from harness.processes import Holder
+from harness.terminal import Terminal
 
 LONG = "/volume1/photo/" + "holiday on the sea " * 8 + "\u5199\u771f\u5199\u771f.jpg"
 

@@ -8,9 +8,11 @@ import sys
 import time
 import unittest
 
-from fuse_volume import FILE, FuseVolume
-from support import COMMAND, Holder, run, touch
-from terminal import Terminal
+from harness.command import COMMAND, run
+from harness.files import touch
+from harness.fuse_volume import FILE, FuseVolume
+from harness.processes import Holder
+from harness.terminal import Terminal
 
 PATIENCE = 20
 NO_ANSWER = b"vorn-openfiles: no answer within 0.5 s; volumes that don't answer: /volume9\n"

@@ -1,12 +1,12 @@
-"""The installed command and what it lists."""
+"""What the installed command lists."""
 
 import functools
 import json
-import os
 import subprocess
 import time
 
-from processes import become
+from harness.command import run
+from harness.processes import become
 
 UNKNOWN = ("-", "-")
 
@@ -45,12 +45,9 @@ class Listing:
 
 def open_files(*arguments, environment=None, user=None):
     """Runs the installed vorn-openfiles (as a user) and gives what it lists."""
-    base = {key: value for key, value in os.environ.items()
-            if key != "LANG" and key != "LANGUAGE" and not key.startswith("LC_")}
-    base["ASAN_OPTIONS"] = "detect_leaks=0"  # leaks are another test's business
+    # Leaks are another test's business.
+    environment = {"ASAN_OPTIONS": "detect_leaks=0", **(environment or {})}
     started = time.monotonic()
-    done = subprocess.run(["/usr/sbin/vorn-openfiles", "--format", "json", *arguments],
-                          stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                          env={**base, **(environment or {})}, check=False, timeout=60,
-                          preexec_fn=user and functools.partial(become, user))
+    done = run("--format", "json", *arguments, env=environment, stdin=subprocess.DEVNULL,
+               preexec_fn=user and functools.partial(become, user))
     return Listing(done, time.monotonic() - started)

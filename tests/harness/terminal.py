@@ -9,7 +9,8 @@ import subprocess
 import termios
 import time
 
-PATIENCE = 20
+from harness.processes import plain_environment
+from harness.waiting import PATIENCE
 
 
 class Terminal:
@@ -17,9 +18,8 @@ class Terminal:
         self._master, slave = pty.openpty()
         self.resize(columns, lines)
         self.settings_before = self.settings()
-        environment = {"PATH": os.environ["PATH"], "LANG": "C.UTF-8", "TERM": "xterm", **env}
         self.process = subprocess.Popen([program, *arguments], stdin=slave, stdout=slave, stderr=slave,
-                                        env=environment, start_new_session=True,
+                                        env=plain_environment(**{"TERM": "xterm", **env}), start_new_session=True,
                                         preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0))
         os.close(slave)
         self.text = b""

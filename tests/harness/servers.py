@@ -4,8 +4,9 @@ import glob
 import os
 import socket
 
-from harness import run, wait_until, write_file
-from processes import kill_group, start
+from harness.files import touch
+from harness.processes import kill_group, output_of, start
+from harness.waiting import wait_until
 
 
 def listening(port):
@@ -34,7 +35,7 @@ def from_address(client):
     if ":" in client:
         return client
     server = client.replace("127.0.0.", "127.0.1.")
-    run(["ip", "route", "replace", "local", server, "dev", "lo", "src", client, "table", "local"])
+    output_of(["ip", "route", "replace", "local", server, "dev", "lo", "src", client, "table", "local"])
     return server
 
 
@@ -81,7 +82,7 @@ class SystemLog:
         if os.path.lexists(self.PATH):
             os.unlink(self.PATH)
         # A sender waits when the queue is full, and nobody reads before the test asks.
-        write_file("/proc/sys/net/unix/max_dgram_qlen", "10000")
+        touch("/proc/sys/net/unix/max_dgram_qlen", "10000")
         self.socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM | socket.SOCK_NONBLOCK)
         self.socket.bind(self.PATH)
         os.chmod(self.PATH, 0o666)
