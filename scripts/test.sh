@@ -5,7 +5,7 @@
 #
 #   install   the packages that the project needs (scripts/install-deps.sh)
 #   shell     shellcheck over every script
-#   format    clang-format over every source
+#   format    clang-format over every source, header guards
 #   build     release build, warnings are errors
 #   test      all tests: unit, platform, faults, cli, package, flood, hostile, e2e
 #   tidy      clang-tidy over library, stand-in and command
@@ -39,6 +39,7 @@ phase_shell() {
 
 phase_format() {
     list_files '*.h' '*.cpp' '*.c' | xargs -d '\n' clang-format --dry-run --Werror
+    list_files '*.h' | check_guards
 }
 
 phase_build() {
@@ -109,6 +110,21 @@ list_files() { # [PATTERN...]
     git ls-files --cached --others --exclude-standard -- "$@" | while IFS= read -r file; do
         [[ ! -f $file ]] || printf '%s\n' "$file"
     done
+}
+
+# A header's guard is its path, as it is included: cli/x/y.h has VORN_CLI_X_Y_H.
+check_guards() { # reads names of headers
+    local header guard wrong=0
+    while IFS= read -r header; do
+        guard=$(sed -E 's|^(platform/)?include/||; s|^(vorn/)?|vorn/|; s|[^A-Za-z0-9]|_|g' \
+            <<<"$header")
+        guard=${guard^^}
+        if [[ $(grep '^#' "$header" | head -n 2) != "#ifndef $guard"$'\n'"#define $guard" ]]; then
+            echo "$header: the header guard must be $guard" >&2
+            wrong=1
+        fi
+    done
+    return "$wrong"
 }
 
 # Shows a command's output only when it fails.
