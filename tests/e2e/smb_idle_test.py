@@ -4,6 +4,7 @@ A module of its own, as that takes a minute.
 """
 
 import os
+import pwd
 import signal
 
 from harness.listing import open_files
@@ -23,7 +24,7 @@ class IdleSmbClient(SmbTest):
         # A stopped client sends no keep-alive either.
         os.kill(client.pid, signal.SIGSTOP)
         server = await_holder("/volume1/share/file-0", "smbd")
-        self.assertNotEqual(effective_user(server), 0)
+        self.assertEqual(effective_user(server), pwd.getpwnam("alice").pw_uid)
         wait_until(lambda: effective_user(server) == 0, "the idle server to become root",
                    patience=120)
         self.assertEqual(open_files().client("/volume1/share/file-0"),

@@ -26,7 +26,7 @@
 #include "tests/faults/kept_log.h"
 #include "tests/faults/operations.h"
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VORN_ADDRESS_SANITIZER
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -99,7 +99,7 @@ Verdict TryFault(const Operation& operation, int number, bool warm) {
     holds &= Expect(!Loses(operation, number), operation, number, "memory lost");
     holds &= Expect(OpenDescriptors() == reference->descriptors, operation, number,
                     "descriptors left open");
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VORN_ADDRESS_SANITIZER
     holds &= Expect(__lsan_do_recoverable_leak_check() == 0, operation, number, "memory lost");
 #endif
     return holds ? kSurvived : kWrong;

@@ -44,7 +44,7 @@ long LiveBlocks() {
 
 }  // namespace faults
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VORN_ADDRESS_SANITIZER
 
 void* operator new(std::size_t size) {
     void* block = IsDue() ? nullptr : std::malloc(size);

@@ -1,11 +1,10 @@
 #include "tests/faults/kept_log.h"
 
-#include <syslog.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdarg>
 #include <cstdio>
+
+#include "tests/support/syslog_interposer.h"
 
 namespace {
 
@@ -17,10 +16,9 @@ void Append(int written) {
     used += std::min(static_cast<size_t>(std::max(written, 0)), sizeof(kept) - 1 - used);
 }
 
-void Keep(int priority, const char* format, va_list arguments)
-    __attribute__((format(printf, 2, 0)));
+}  // namespace
 
-void Keep(int priority, const char* format, va_list arguments) {
+void TakeLogLine(int priority, const char* format, va_list arguments) {
     const int error = errno;
     va_list again;
     va_copy(again, arguments);
@@ -30,10 +28,8 @@ void Keep(int priority, const char* format, va_list arguments) {
     Append(std::snprintf(kept + used, sizeof(kept) - used, "\n"));
     va_end(again);
     errno = error;
-    vsyslog(priority, format, arguments);  // its allocations are part of what fails
+    RealVsyslog(priority, format, arguments);  // its allocations are part of what fails
 }
-
-}  // namespace
 
 namespace faults {
 
@@ -46,25 +42,3 @@ void ForgetLog() {
 }
 
 }  // namespace faults
-
-extern "C" {
-
-// Both names: which one a call becomes depends on _FORTIFY_SOURCE.
-void __syslog_chk(int priority, int flag, const char* format, ...)
-    __attribute__((format(printf, 3, 4)));
-
-void syslog(int priority, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    Keep(priority, format, arguments);
-    va_end(arguments);
-}
-
-void __syslog_chk(int priority, int /*flag*/, const char* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    Keep(priority, format, arguments);
-    va_end(arguments);
-}
-
-}  // extern "C"

@@ -46,6 +46,9 @@ void BuildRoot(const std::string& root) {
     for (const char* volume : {"/volume1", "/volume2"}) {
         Mount("tmpfs", root + volume, "tmpfs", 0);
     }
+#ifdef VORN_COVERAGE
+    Mount(VORN_COVERAGE_FOLDER, root + VORN_COVERAGE_FOLDER, "none", MS_BIND);  // for its data
+#endif
     Must(chroot(root.c_str()) == 0 && chdir("/") == 0, "chroot");
 }
 

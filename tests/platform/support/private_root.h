@@ -9,7 +9,8 @@
 /**
  * Runs a test's body in a forked child with a mount namespace and a root folder of its own: the
  * host's /usr, /proc and /dev, empty /etc and /var, and tmpfs on /volume1 and /volume2. What the
- * body expects counts for the test; nothing is left behind.
+ * body expects counts for the test; nothing is left behind. For programs as a whole there is
+ * scripts/sample-host.sh: a process that has threads or is to go on as the test can't enter that.
  */
 void InPrivateRoot(const std::function<void()>& body);
 
