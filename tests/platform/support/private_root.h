@@ -9,8 +9,8 @@
 /**
  * Runs a test's body in a forked child with a mount namespace and a root folder of its own: the
  * host's /usr, /proc and /dev, empty /etc and /var, and tmpfs on /volume1 and /volume2. What the
- * body expects counts for the test; nothing is left behind. For programs as a whole there is
- * scripts/sample-host.sh: a process that has threads or is to go on as the test can't enter that.
+ * body expects counts for the test; nothing is left behind. Whole programs are started in a sample
+ * host (scripts/sample-host.sh); this is for a part of one that runs already.
  */
 void InPrivateRoot(const std::function<void()>& body);
 
