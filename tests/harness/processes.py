@@ -125,13 +125,20 @@ class Announced:
         self.process = start(argv, group, stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0,
                              **options)
         self.pid = self.process.pid
+        try:
+            self._wait_until_ready(processes, patience)
+        except BaseException:
+            stop(self.process)
+            raise
+
+    def _wait_until_ready(self, processes, patience):
         said = b""
         while said.count(b"ready\n") < processes:
             if not select.select([self.process.stdout], [], [], patience)[0]:
-                raise AssertionError(f"{processes} of {argv} were to get ready; heard: {said!r}")
+                raise AssertionError(f"{processes} processes were to get ready; heard: {said!r}")
             chunk = self.process.stdout.read(4096)
             if not chunk:
-                raise AssertionError(f"{argv} ended with {self.process.wait()}")
+                raise AssertionError(f"{self.process.args} ended with {self.process.wait()}")
             said += chunk
 
     def stop(self):
@@ -164,7 +171,7 @@ for number, path in (file.split(":", 1) for file in files):
 for _ in range(int(forks)):
     if os.fork() == 0:
         break
-print("ready", flush=True)
+os.write(1, b"ready\\n")  # in one piece: others write as well
 os.read(END, 1)
 """
 
