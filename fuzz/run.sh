@@ -27,8 +27,8 @@ for target in "${targets[@]}"; do
 done
 
 cd "$root"
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
+cmake --preset asan >/dev/null
+cmake --build --preset asan --target "${targets[@]/#/fuzz_}"
 
 build=$root/build/fuzz
 mkdir -p "$build/failures" "$build/logs"
@@ -37,7 +37,7 @@ mkdir -p "$build/failures" "$build/logs"
 run_target() { # TARGET
     local corpus=$build/corpus/$1 log=$build/logs/$1 runs
     mkdir -p "$corpus"
-    if ! "$build/bin/fuzz_$1" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
+    if ! "$root/build/asan/bin/fuzz_$1" -max_total_time="$seconds" -max_len=65536 -timeout=10 \
         -rss_limit_mb=1024 -print_final_stats=1 -artifact_prefix="$build/failures/$1-" \
         "$corpus" "$root/fuzz/corpus/$1" >"$log" 2>&1; then
         cat "$log"
