@@ -4,14 +4,9 @@
 #   allocation_faults.sh PROGRAM SERVER
 set -euo pipefail
 
-folder=$(dirname "$(realpath "$0")")
-if [[ -z ${VORN_SAMPLE_HOST-} ]]; then
-    if [[ $EUID -ne 0 ]]; then
-        echo "skipped: a sample host needs root"
-        exit 77
-    fi
-    exec "$folder/../../scripts/sample-host.sh" "$(realpath "$0")" "$@"
-fi
+# shellcheck source=tests/support/sample_host.sh
+source "$(dirname "$(realpath "$0")")/../support/sample_host.sh"
+enter_sample_host "$@"
 program=$1
 server=$2
 

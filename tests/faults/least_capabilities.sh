@@ -6,14 +6,9 @@
 #   least_capabilities.sh COMMAND
 set -euo pipefail
 
-if [[ -z ${VORN_SAMPLE_HOST-} ]]; then
-    if [[ $EUID -ne 0 ]]; then
-        echo "skipped: a sample host needs root"
-        exit 77
-    fi
-    self=$(realpath "$0")
-    exec "$(dirname "$self")/../../scripts/sample-host.sh" "$self" "$@"
-fi
+# shellcheck source=tests/support/sample_host.sh
+source "$(dirname "$(realpath "$0")")/../support/sample_host.sh"
+enter_sample_host "$@"
 command=$1
 failed=0
 

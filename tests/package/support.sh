@@ -2,19 +2,12 @@
 # For the scripts beside this one: what they share.
 set -euo pipefail
 
+# shellcheck source=tests/support/sample_host.sh
+source "$(dirname "${BASH_SOURCE[0]}")/../support/sample_host.sh"
+
 fail() {
     echo "FAILED: $1" >&2
     exit 1
-}
-
-# Goes on in a sample host, where /usr is private. Needs root.
-enter_sample_host() { # ARG...
-    [[ -z ${VORN_SAMPLE_HOST-} ]] || return 0
-    if [[ $EUID -ne 0 ]]; then
-        echo "skipped: a sample host needs root"
-        exit 77
-    fi
-    exec "$(dirname "$0")/../../scripts/sample-host.sh" "$0" "$@"
 }
 
 install_build() { # PREFIX, after BUILD and CONSUMER were set
