@@ -13,11 +13,16 @@ if(VORN_SANITIZE)
     target_compile_options(vorn_build_options INTERFACE
         -fsanitize=${VORN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(vorn_build_options INTERFACE -fsanitize=${VORN_SANITIZE})
+    if(VORN_SANITIZE MATCHES "address")
+        # For tests that have to know; compilers have no name for it in common.
+        target_compile_definitions(vorn_build_options INTERFACE VORN_ADDRESS_SANITIZER)
+    endif()
 endif()
 
 if(VORN_COVERAGE)
-    target_compile_options(vorn_build_options INTERFACE --coverage -fprofile-update=atomic)
-    target_compile_definitions(vorn_build_options INTERFACE VORN_COVERAGE)
+    add_compile_options(--coverage -fprofile-update=atomic)
+    target_compile_definitions(vorn_build_options INTERFACE
+        VORN_COVERAGE VORN_COVERAGE_FOLDER="${PROJECT_BINARY_DIR}")
     target_link_options(vorn_build_options INTERFACE --coverage)
 endif()
 
