@@ -6,7 +6,7 @@
 namespace cli {
 
 /** CSV as RFC 4180 has it, bytes as they are. */
-class CsvWriter : public Writer {
+class CsvWriter : public RecordWriter {
 public:
     CsvWriter(bool header, Output& output) : header_(header), output_(output) {}
 

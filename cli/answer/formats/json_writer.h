@@ -9,7 +9,7 @@ namespace cli {
 void AppendJsonObject(std::string& out, const std::vector<Heading>& headings, const Row& row);
 
 /** One document with all records in a list. */
-class JsonWriter : public Writer {
+class JsonWriter : public RecordWriter {
 public:
     JsonWriter(const Document& document, Output& output) : document_(document), output_(output) {}
 
@@ -25,7 +25,7 @@ private:
 };
 
 /** One object a line. */
-class JsonlWriter : public Writer {
+class JsonlWriter : public RecordWriter {
 public:
     explicit JsonlWriter(Output& output) : output_(output) {}
 

@@ -8,7 +8,7 @@
 namespace cli {
 
 /** The first column alone, bytes as they are, for other programs. */
-class PlainWriter : public Writer {
+class PlainWriter : public RecordWriter {
 public:
     enum Repeats { kEach, kDistinct };
 

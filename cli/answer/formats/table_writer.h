@@ -10,7 +10,7 @@ namespace cli {
 
 /** Aligned columns below a heading; no record, no heading. Written at the end, when widths are
  * known. */
-class TableWriter : public Writer {
+class TableWriter : public RecordWriter {
 public:
     TableWriter(bool header, const Terminal& terminal, Output& output)
         : header_(header), terminal_(terminal), output_(output) {}

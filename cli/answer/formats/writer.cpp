@@ -7,7 +7,7 @@
 
 namespace cli {
 
-std::unique_ptr<Writer> MakeWriter(const Presentation& presentation, const Document& document,
+std::unique_ptr<RecordWriter> MakeWriter(const Presentation& presentation, const Document& document,
                                    const Terminal& terminal, Output& output) {
     switch (presentation.format) {
         case Format::kJson:

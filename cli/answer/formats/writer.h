@@ -41,12 +41,12 @@ struct Row {
 };
 
 /** Begin, then each record, then End: once each, in this order. What is written is in Output. */
-class Writer {
+class RecordWriter {
 public:
-    Writer() = default;
-    virtual ~Writer() = default;
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
+    RecordWriter() = default;
+    virtual ~RecordWriter() = default;
+    RecordWriter(const RecordWriter&) = delete;
+    RecordWriter& operator=(const RecordWriter&) = delete;
 
     virtual void Begin(std::vector<Heading> headings) = 0;
     virtual void Record(const Row& row) = 0;
@@ -61,7 +61,7 @@ struct Document {
 };
 
 /** The writer of a format; document's texts and output must outlive it. */
-std::unique_ptr<Writer> MakeWriter(const Presentation& presentation, const Document& document,
+std::unique_ptr<RecordWriter> MakeWriter(const Presentation& presentation, const Document& document,
                                    const Terminal& terminal, Output& output);
 
 }  // namespace cli
