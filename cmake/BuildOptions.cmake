@@ -34,6 +34,18 @@ if(NOT VORN_SANITIZE AND NOT VORN_COVERAGE)
     target_link_options(vorn_build_options INTERFACE -Wl,-z,relro)
 endif()
 
+# vorn::product: for what is shipped, and not for its tests.
+add_library(vorn_product INTERFACE)
+add_library(vorn::product ALIAS vorn_product)
+# The compiler tells in no time what clang-tidy's check of the same name takes a fifth of its time for.
+target_compile_options(vorn_product INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>)
+# In builds whose product is instrumented its headers are compiled once; the others show what a source
+# forgot to include.
+if(VORN_SANITIZE OR VORN_COVERAGE)
+    target_precompile_headers(vorn_product INTERFACE <algorithm> <filesystem> <functional> <list>
+        <map> <memory> <optional> <string> <string_view> <unordered_map> <vector>)
+endif()
+
 # vorn::fortified: the rest of it, for the stand-in and the command. The library goes without:
 # fortified calls go to __syslog_chk and __readlink_chk, and programs that interpose syslog or
 # readlink would no longer see the library's.
