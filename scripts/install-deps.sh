@@ -24,6 +24,7 @@ packages[build]='
     libfmt-dev
     libjsoncpp-dev
     libmnl-dev
+    libsystemd-dev
     libutf8proc-dev
     ninja-build
     pkg-config

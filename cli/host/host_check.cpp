@@ -9,6 +9,7 @@
 
 #include "cli/host/host_file.h"
 #include "cli/host/rights.h"
+#include "cli/host/service_units.h"
 #include "cli/host/volumes.h"
 #include "support/folder.h"
 #include "support/owner.h"
@@ -22,12 +23,6 @@
 namespace cli {
 namespace {
 
-// 1:name=systemd:/user.slice/user-0.slice/session-1.scope
-/** Whether `/proc/<pid>/cgroup` has a line for the hierarchy name=systemd. */
-bool HasSystemdHierarchy(std::string_view cgroup) {
-    return cgroup.find(":" VORN_UNIT_HIERARCHY ":") != std::string_view::npos;
-}
-
 Finding ExamineRights() {
     const std::string missing = MissingRights(OwnRights());
     if (missing.empty()) {
@@ -38,12 +33,19 @@ Finding ExamineRights() {
 }
 
 Finding ExamineControlGroups() {
-    if (HasSystemdHierarchy(ReadHostFile("/proc/self/cgroup"))) {
+    const std::string own = ReadHostFile("/proc/self/cgroup");
+    if (HasServiceHierarchy(own)) {
         return {"control groups", State::kOk, "the hierarchy name=systemd is mounted", ""};
     }
+    if (UnifiedPath(own)) {
+        return {"control groups", State::kOk,
+                "v2 alone: this command names services by their units; programs that link the "
+                "library see the internal one",
+                ""};
+    }
     return {"control groups", State::kMissing,
-            "no hierarchy name=systemd: every service shows as the internal one",
-            "boot with systemd.unified_cgroup_hierarchy=0 on the kernel's command line"};
+            "neither name=systemd nor v2: every service shows as the internal one",
+            "mount the control groups that systemd keeps its units in"};
 }
 
 Finding ExamineVolumes() {

@@ -7,6 +7,7 @@
 #include "cli/host/deleted.h"
 #include "cli/host/rights.h"
 #include "cli/host/volumes.h"
+#include "cli/question/enumeration.h"
 #include "vorn/platform/error.h"
 
 namespace cli {
@@ -18,7 +19,7 @@ constexpr const char* kNoTime = "-";
 void Enumerate(Snapshot& snapshot, VORN::FileHandle::ENUM_BY by) {
     const BareVolumeGuard guard;
     // The identities are those of the caller: raising them is for set-user-id programs.
-    if (VORN::FileHandle::EnumOpenedFile(snapshot.files, by) < 0) {
+    if (EnumerateFiles(snapshot.files, by) < 0) {
         throw Failure(
             fmt::format("can't list the open files (error 0x{:04X}); the system log says why, and "
                         "'vorn-openfiles check' tells what this host lacks",
