@@ -11,8 +11,9 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<vornplatform::TcpSocket> sockets;
     vornplatform::ParseProcNetTcp({reinterpret_cast<const char*>(data), size}, sockets);
-    for (const auto& [inode, host] : vornplatform::SelectClientSockets(sockets)) {
-        if (inode == 0 || host.empty()) {
+    for (const auto& [inode, socket] : vornplatform::SelectClientSockets(sockets)) {
+        const bool listens = socket.role == vornplatform::SocketRole::kListener;
+        if (inode == 0 || socket.host.empty() != listens) {
             std::abort();
         }
     }

@@ -12,8 +12,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::vector<std::uint8_t> buffer(data, data + size);
     vornplatform::SocketDump dump;
     vornplatform::ParseDiagMessages(buffer.data(), buffer.size(), dump);
-    for (const auto& [inode, host] : vornplatform::SelectClientSockets(dump.sockets)) {
-        if (inode == 0 || host.empty()) {
+    for (const auto& [inode, socket] : vornplatform::SelectClientSockets(dump.sockets)) {
+        const bool listens = socket.role == vornplatform::SocketRole::kListener;
+        if (inode == 0 || socket.host.empty() != listens) {
             std::abort();
         }
     }

@@ -3,6 +3,7 @@
 import os
 import pwd
 import shlex
+import signal
 import subprocess
 import unittest
 
@@ -10,7 +11,7 @@ from harness.files import write_file
 from harness.listing import UNKNOWN, open_files
 from harness.processes import Holder, await_holder, output_of, parent_of, program_of, start, stop
 from harness.sample_host import login_of, needs, set_up_host
-from harness.servers import Server, connected
+from harness.servers import Server, connected, listening
 from harness.waiting import wait_until
 
 KEY = "/root/e2e-key"
@@ -263,6 +264,35 @@ class LoggingIn(SshTest):
         await_holder("/volume1/share/logged-in")
         self.assertEqual(open_files().client("/volume1/share/logged-in"),
                          ("SSH", "127.0.0.18", "alice"))
+
+
+class ServerGone(SshTest):
+    """Sessions go on while the server is stopped, or listens elsewhere since its restart."""
+
+    def stop_listening(self):
+        os.kill(self.server.process.pid, signal.SIGKILL)
+        self.server.process.wait()
+        wait_until(lambda: not listening(self.PORT), "the port to be closed")
+
+    def test_its_sessions_still_have_their_clients(self):
+        # The port that alice's half listens on makes it no server.
+        self.hold("/volume1/share/goes-on", "alice", "127.0.0.21",
+                  "-o", "RemoteForward=127.0.0.1:7999 127.0.0.1:9")
+        self.hold("/volume1/share/root-goes-on", "root", "127.0.0.22")
+        self.sftp("bob", "127.0.0.23", "/volume1/share/upload-goes-on")
+        for name in ("goes-on", "root-goes-on", "upload-goes-on"):
+            await_holder(f"/volume1/share/{name}")
+        wait_until(lambda: listening(7999), "the forwarded port")
+        self.stop_listening()
+        listing = open_files()
+        for name, host, user in (("goes-on", "127.0.0.21", "alice"),
+                                 ("root-goes-on", "127.0.0.22", "root"),
+                                 ("upload-goes-on", "127.0.0.23", "bob")):
+            self.assertEqual(listing.client(f"/volume1/share/{name}"), ("SSH", host, user))
+
+
+class ServerGoneWithoutPam(ServerGone):
+    USE_PAM = "no"
 
 
 class ServerOfSomebodysLogin(SshTest):

@@ -59,7 +59,7 @@ SmbUsers UsersOfSmbServers(const std::vector<SmbServer>& servers) {
 
 std::vector<Connection> ReadConnections() {
     const ClientSockets sockets = ReadClientSockets();
-    if (sockets.empty()) {
+    if (!HasRole(sockets, SocketRole::kServed) && !HasRole(sockets, SocketRole::kUnlistened)) {
         return {};
     }
     const std::vector<pid_t> processes = ListProcesses();

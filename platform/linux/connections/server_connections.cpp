@@ -51,7 +51,7 @@ std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holde
         for (const std::uint64_t inode : holder.inodes) {
             for (const std::string& user : users) {
                 connections.push_back(
-                    {static_cast<std::uint32_t>(holder.pid), sockets.at(inode), user, 0});
+                    {static_cast<std::uint32_t>(holder.pid), sockets.at(inode).host, user, 0});
             }
         }
     }

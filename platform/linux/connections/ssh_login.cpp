@@ -24,6 +24,10 @@ const SshProcess& Monitor(const Processes& processes) {
     return top == processes.end() ? processes.front() : *top;
 }
 
+bool MayBeClients(SocketRole role, const SshProcess& monitor) {
+    return role == SocketRole::kServed || (monitor.realUid == 0 && !monitor.listens);
+}
+
 }  // namespace
 
 bool HasOwnSession(const SshProcess& monitor) {
@@ -31,12 +35,12 @@ bool HasOwnSession(const SshProcess& monitor) {
            monitor.session != monitor.parentSession;
 }
 
-std::optional<SshLogin> JudgeSshConnection(const Processes& processes,
+std::optional<SshLogin> JudgeSshConnection(const Processes& processes, SocketRole role,
                                            std::optional<uid_t> separationUser) {
-    if (HasUnauthenticatedHalf(processes, separationUser)) {
+    const SshProcess& monitor = Monitor(processes);
+    if (!MayBeClients(role, monitor) || HasUnauthenticatedHalf(processes, separationUser)) {
         return std::nullopt;
     }
-    const SshProcess& monitor = Monitor(processes);
     if (HasOwnSession(monitor)) {
         return SshLogin{*monitor.loginUid, monitor.session};
     }

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/sockets/tcp_socket.h"
+
 namespace vornplatform {
 
 /** What is known of a process that holds the socket of an SSH connection. */
@@ -21,6 +23,7 @@ struct SshProcess {
     std::optional<std::uint32_t> session;
     std::optional<std::uint32_t> parentSession;
     bool hasChildren = false;
+    bool listens = false;
 };
 
 /**
@@ -40,12 +43,17 @@ struct SshLogin {
 /**
  * Tells from the processes that share a connection's socket who has logged in over it.
  *
+ * A server may stop listening, or listen elsewhere, while its sessions go on. So a socket that
+ * nobody listens on is a client's as well, if the first of the processes is root, who alone gives
+ * logins away, and doesn't listen itself: a listening sshd has called out, to a directory of users.
+ *
  * @param processes      at least one
+ * @param role           of the socket
  * @param separationUser the user that sshd's unauthenticated half runs as, if the host has it
  * @return nothing as long as nobody has
  */
 std::optional<SshLogin> JudgeSshConnection(const std::vector<SshProcess>& processes,
-                                           std::optional<uid_t> separationUser);
+                                           SocketRole role, std::optional<uid_t> separationUser);
 
 }  // namespace vornplatform
 

@@ -1,5 +1,6 @@
 #include "platform/linux/connections/ssh_session.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -42,6 +43,7 @@ std::optional<SshProcess> ReadSshProcess(const SocketHolder& holder) {
     process.uid = users->effective;
     process.realUid = users->real;
     process.program = holder.program;
+    process.listens = holder.listens;
     process.session = ReadSessionId(holder.pid);
     if (process.session) {
         process.loginUid = ReadLoginUid(holder.pid);
@@ -54,14 +56,44 @@ std::optional<SshProcess> ReadSshProcess(const SocketHolder& holder) {
     return process;
 }
 
-SharedSockets GroupBySocket(const std::vector<SocketHolder>& holders) {
-    SharedSockets shared;
+/** A process of sshd and the sockets that may be its client's. */
+struct SshHolder {
+    SshProcess process;
+    const std::vector<std::uint64_t>& inodes;
+};
+
+std::vector<SshHolder> ReadSshHolders(const std::vector<SocketHolder>& holders) {
+    std::vector<SshHolder> read;
     for (const SocketHolder& holder : holders) {
         if (holder.kind != ServerKind::kSsh) {
             continue;
         }
         if (auto process = ReadSshProcess(holder)) {
-            shared[holder.inodes.front()].push_back(std::move(*process));
+            read.push_back({std::move(*process), holder.inodes});
+        }
+    }
+    return read;
+}
+
+/**
+ * The client's socket is the first that a process of root's has, whether or not somebody listens
+ * still, and the half without rights has the same; a server of anybody else is listened for.
+ */
+SharedSockets GroupBySocket(std::vector<SshHolder> holders, const ClientSockets& sockets) {
+    std::unordered_set<std::uint64_t> ofRoot;
+    for (const SshHolder& holder : holders) {
+        if (holder.process.realUid == 0) {
+            ofRoot.insert(holder.inodes.front());
+        }
+    }
+    SharedSockets shared;
+    for (SshHolder& holder : holders) {
+        const auto isClients = [&](std::uint64_t inode) {
+            return ofRoot.count(inode) != 0 || sockets.at(inode).role == SocketRole::kServed;
+        };
+        const auto inode = std::find_if(holder.inodes.begin(), holder.inodes.end(), isClients);
+        if (inode != holder.inodes.end()) {
+            shared[*inode].push_back(std::move(holder.process));
         }
     }
     return shared;
@@ -78,11 +110,12 @@ Logins ReadLogins(const SharedSockets& shared, const ClientSockets& sockets,
     const auto separationUser = UserDirectory::IdOf(kSeparationUser);
     Logins logins;
     for (const auto& [inode, group] : shared) {
-        const auto login = JudgeSshConnection(group, separationUser);
+        const ClientSocket& socket = sockets.at(inode);
+        const auto login = JudgeSshConnection(group, socket.role, separationUser);
         if (!login) {
             continue;
         }
-        const Client client{sockets.at(inode), directory.NameOf(login->user)};
+        const Client client{socket.host, directory.NameOf(login->user)};
         for (const SshProcess& process : group) {
             logins.servers.push_back(client.At(process.pid));
         }
@@ -111,7 +144,7 @@ std::vector<Connection> SshConnections(const std::vector<SocketHolder>& holders,
                                        const ClientSockets& sockets,
                                        const std::vector<pid_t>& processes,
                                        UserDirectory& directory) {
-    const SharedSockets shared = GroupBySocket(holders);
+    const SharedSockets shared = GroupBySocket(ReadSshHolders(holders), sockets);
     if (shared.empty()) {
         return {};
     }

@@ -29,22 +29,25 @@ constexpr int kMaxDescriptors = 4096;
 /** One process under search. */
 class Search {
 public:
-    Search(pid_t pid, const ClientSockets& wanted) : wanted_(wanted) { holder_.pid = pid; }
+    Search(pid_t pid, const ClientSockets& sockets) : sockets_(sockets) { holder_.pid = pid; }
 
     /** @return nothing when the process holds none of the sockets, has gone or is kept from us */
-    std::optional<SocketHolder> Run() {
+    std::optional<SocketHolder> Run(bool sshAlone) {
         const std::string folder = "/proc/" + std::to_string(holder_.pid);
+        Identify(folder + "/exe");
+        if (sshAlone && holder_.kind != ServerKind::kSsh) {
+            return std::nullopt;
+        }
         descriptors_ = support::OpenFolder((folder + "/fd").c_str());
         if (!descriptors_) {
             ThrowUnlessGone(errno);
             return std::nullopt;
         }
         LookAtLowest();
-        Identify(folder + "/exe");
         if ((NeedsMore() && !LookAtRest()) || holder_.inodes.empty()) {
             return std::nullopt;
         }
-        if (ServesOneClient(holder_.kind)) {
+        if (ServesOneClient(holder_.kind) && holder_.kind != ServerKind::kSsh) {
             holder_.inodes.resize(1);
         }
         return std::move(holder_);
@@ -67,12 +70,21 @@ private:
             return false;
         }
         const auto inode = ParseSocketLink({link, static_cast<std::size_t>(size)});
-        auto& inodes = holder_.inodes;
-        if (inode && wanted_.count(*inode) != 0 &&
-            std::find(inodes.begin(), inodes.end(), *inode) == inodes.end()) {
-            inodes.push_back(*inode);
+        const auto socket = inode ? sockets_.find(*inode) : sockets_.end();
+        if (socket != sockets_.end()) {
+            Note(*inode, socket->second.role);
         }
         return true;
+    }
+
+    void Note(std::uint64_t inode, SocketRole role) {
+        auto& inodes = holder_.inodes;
+        if (role == SocketRole::kListener) {
+            holder_.listens = true;
+        } else if ((role == SocketRole::kServed || holder_.kind == ServerKind::kSsh) &&
+                   std::find(inodes.begin(), inodes.end(), inode) == inodes.end()) {
+            inodes.push_back(inode);
+        }
     }
 
     void LookAtLowest() {
@@ -110,7 +122,7 @@ private:
         return error == 0;
     }
 
-    const ClientSockets& wanted_;
+    const ClientSockets& sockets_;
     SocketHolder holder_;
     support::Descriptor descriptors_;
     int next_ = 0;
@@ -119,10 +131,11 @@ private:
 }  // namespace
 
 std::vector<SocketHolder> FindSocketHolders(const std::vector<pid_t>& processes,
-                                            const ClientSockets& wanted) {
+                                            const ClientSockets& sockets) {
+    const bool sshAlone = !HasRole(sockets, SocketRole::kServed);
     std::vector<SocketHolder> holders;
     for (const pid_t pid : processes) {
-        if (auto holder = Search(pid, wanted).Run()) {
+        if (auto holder = Search(pid, sockets).Run(sshAlone)) {
             holders.push_back(std::move(*holder));
         }
     }

@@ -12,16 +12,18 @@
 
 namespace vornplatform {
 
-/** A process that holds sockets of clients. */
+/** A process that holds sockets of clients, or of SSH also one that may be a client's. */
 struct SocketHolder {
     pid_t pid = 0;
     ServerKind kind = ServerKind::kOther;
     std::string program;               /**< file name of the executable; empty if not readable */
     std::vector<std::uint64_t> inodes; /**< each socket once, lowest descriptor first */
+    bool listens = false;              /**< holds a listening socket among its lowest descriptors */
 };
 
 /**
- * Finds the processes that hold at least one of the given sockets, in the order given.
+ * Finds the processes that hold at least one of the given sockets, in the order given: one that is
+ * served, or of SSH servers one that nobody listens on as well.
  *
  * Of each process the lowest descriptors are looked at; only for the file servers known by
  * executable is the whole table read, and for those with one client a process only as far as that
@@ -30,7 +32,7 @@ struct SocketHolder {
  * and the one that holds the files may come last.
  */
 std::vector<SocketHolder> FindSocketHolders(const std::vector<pid_t>& processes,
-                                            const ClientSockets& wanted);
+                                            const ClientSockets& sockets);
 
 }  // namespace vornplatform
 

@@ -4,6 +4,7 @@
 #include <net/if.h>
 #include <netinet/in.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <set>
@@ -101,12 +102,23 @@ ClientSockets SelectClientSockets(const std::vector<TcpSocket>& sockets) {
     const Listeners listeners(sockets);
     ClientSockets clients;
     for (const TcpSocket& socket : sockets) {
-        if (socket.state == TcpState::kEstablished && socket.inode != 0 &&
-            listeners.Cover(socket)) {
-            clients.emplace(socket.inode, AddressText(socket.peer, socket.scope));
+        if (socket.inode == 0 || socket.state == TcpState::kOther) {
+            continue;
         }
+        if (socket.state == TcpState::kListen) {
+            clients.emplace(socket.inode, ClientSocket{SocketRole::kListener, {}});
+            continue;
+        }
+        const SocketRole role =
+            listeners.Cover(socket) ? SocketRole::kServed : SocketRole::kUnlistened;
+        clients.emplace(socket.inode, ClientSocket{role, AddressText(socket.peer, socket.scope)});
     }
     return clients;
+}
+
+bool HasRole(const ClientSockets& sockets, SocketRole role) {
+    return std::any_of(sockets.begin(), sockets.end(),
+                       [role](const auto& socket) { return socket.second.role == role; });
 }
 
 }  // namespace vornplatform

@@ -24,8 +24,21 @@ struct TcpSocket {
     std::uint64_t inode = 0; /**< 0 for a socket that no process holds any more */
 };
 
-/** Peer address by the inode number of the socket. */
-using ClientSockets = std::unordered_map<std::uint64_t, std::string>;
+/** What a socket can be to the process that holds it. */
+enum class SocketRole {
+    kServed,     /**< its port is listened on: the server's end of a connection */
+    kUnlistened, /**< nobody listens on its port, any more or ever: it may have called out itself */
+    kListener
+};
+
+/** A socket that tells something of its holder. */
+struct ClientSocket {
+    SocketRole role = SocketRole::kServed;
+    std::string host; /**< the peer's address as text; empty for a listener */
+};
+
+/** By the inode number of the socket. */
+using ClientSockets = std::unordered_map<std::uint64_t, ClientSocket>;
 
 /** The mapped form of four bytes in network order. */
 IpAddress MapIpv4(const void* bytes);
@@ -38,11 +51,13 @@ IpAddress MapIpv4(const void* bytes);
 std::string AddressText(const IpAddress& address, std::uint32_t scope);
 
 /**
- * Keeps the sockets that serve a client: established, held by someone, and with a local port that
+ * Sorts the sockets that someone holds. One that serves a client is established, and its local port
  * is also listened on, at the same address or at any. The client's own end of a connection within
- * this host has a port that nobody listens on, and so falls out.
+ * this host has a port that nobody listens on, like a server's whose listener has gone.
  */
 ClientSockets SelectClientSockets(const std::vector<TcpSocket>& sockets);
+
+bool HasRole(const ClientSockets& sockets, SocketRole role);
 
 }  // namespace vornplatform
 

@@ -38,12 +38,12 @@ SshProcess LoggedIn(SshProcess process, std::uint32_t uid, std::uint32_t session
 }
 
 void ExpectNobody(const std::vector<SshProcess>& processes) {
-    EXPECT_FALSE(JudgeSshConnection(processes, kSeparated));
+    EXPECT_FALSE(JudgeSshConnection(processes, SocketRole::kServed, kSeparated));
 }
 
 void ExpectLogin(const std::vector<SshProcess>& processes, uid_t user,
                  std::optional<std::uint32_t> session) {
-    const auto login = JudgeSshConnection(processes, kSeparated);
+    const auto login = JudgeSshConnection(processes, SocketRole::kServed, kSeparated);
     ASSERT_TRUE(login);
     EXPECT_EQ(login->user, user);
     EXPECT_EQ(login->session, session);
@@ -114,7 +114,8 @@ TEST(SshLogin, KeepsItsSessionWhileTheMonitorActsAsTheUser) {
 }
 
 TEST(SshLogin, NeedsNoSeparationUserOnTheHost) {
-    const auto login = JudgeSshConnection({MonitorProcess(), Half(kAlice)}, std::nullopt);
+    const auto login =
+        JudgeSshConnection({MonitorProcess(), Half(kAlice)}, SocketRole::kServed, std::nullopt);
     ASSERT_TRUE(login);
     EXPECT_EQ(login->user, kAlice);
 }
@@ -123,6 +124,42 @@ TEST(SshLogin, IsUnknownForTwoProcessesOfRootWithoutAnId) {
     SshProcess monitor = MonitorProcess();
     monitor.hasChildren = true;
     ExpectNobody({monitor, Half(0)});
+}
+
+/** Whether these have a login over a socket that nobody listens on. */
+bool IsLoginWithoutListener(const std::vector<SshProcess>& processes) {
+    return JudgeSshConnection(processes, SocketRole::kUnlistened, kSeparated).has_value();
+}
+
+TEST(SshLogin, OutlivesTheListener) {
+    SshProcess alone = MonitorProcess();
+    alone.hasChildren = true;
+    EXPECT_TRUE(IsLoginWithoutListener({LoggedIn(MonitorProcess(), kAlice, 4)}));
+    EXPECT_TRUE(IsLoginWithoutListener({MonitorProcess(), Half(kAlice)}));
+    EXPECT_TRUE(IsLoginWithoutListener({alone}));
+}
+
+TEST(SshLogin, WithoutAListenerIsGivenAwayByRootAlone) {
+    SshProcess forged = MonitorProcess();
+    forged.hasChildren = true;
+    forged.uid = 65534;
+    forged.realUid = 65534;
+    EXPECT_FALSE(IsLoginWithoutListener({forged}));
+    EXPECT_FALSE(IsLoginWithoutListener({forged, Half(kAlice)}));
+    EXPECT_FALSE(IsLoginWithoutListener({LoggedIn(forged, kAlice, 4)}));
+}
+
+TEST(SshLogin, IsNotWhatAListeningServerHasCalledOutTo) {
+    SshProcess daemon = MonitorProcess();
+    daemon.hasChildren = true;
+    daemon.listens = true;
+    EXPECT_FALSE(IsLoginWithoutListener({daemon}));
+    EXPECT_FALSE(IsLoginWithoutListener({LoggedIn(daemon, kAlice, 4)}));
+    EXPECT_FALSE(IsLoginWithoutListener({daemon, Half(kAlice)}));
+    // Its clients' ports, which the half without rights listens on, are another matter.
+    SshProcess half = Half(kAlice);
+    half.listens = true;
+    EXPECT_TRUE(IsLoginWithoutListener({MonitorProcess(), half}));
 }
 
 }  // namespace

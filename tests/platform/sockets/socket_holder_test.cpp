@@ -22,7 +22,7 @@ protected:
     SocketHolders() {
         struct stat info {};
         EXPECT_EQ(fstat(socket_.Get(), &info), 0);
-        wanted_.emplace(info.st_ino, "192.0.2.9");
+        wanted_.emplace(info.st_ino, ClientSocket{SocketRole::kServed, "192.0.2.9"});
     }
     std::size_t Count() { return FindSocketHolders({server_.Pid()}, wanted_).size(); }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <net/if.h>
 
+#include <map>
 #include <string>
 
 namespace {
@@ -30,6 +31,20 @@ TcpSocket Socket(TcpState state, const char* local, std::uint16_t port,
     socket.inode = inode;
     return socket;
 }
+
+/** The peers of those sockets of a role, by inode. */
+std::map<std::uint64_t, std::string> PeersOf(SocketRole role,
+                                             const std::vector<TcpSocket>& sockets) {
+    std::map<std::uint64_t, std::string> peers;
+    for (const auto& [inode, socket] : SelectClientSockets(sockets)) {
+        if (socket.role == role) {
+            peers.emplace(inode, socket.host);
+        }
+    }
+    return peers;
+}
+
+using Peers = std::map<std::uint64_t, std::string>;
 
 TEST(AddressText, IsNumericWhateverTheFamily) {
     const struct {
@@ -66,35 +81,34 @@ TEST(ClientSocket, HasALocalPortThatIsListenedOn) {
         {"192.0.2.1", 23, "192.0.2.1", false}, {"2001:db8::2", 22, "2001:db8::1", false},
     };
     for (const auto& row : rows) {
-        const auto clients =
-            SelectClientSockets({Socket(TcpState::kListen, row.listening, row.port),
-                                 Socket(TcpState::kEstablished, row.local, 22, "192.0.2.9", 77)});
-        EXPECT_EQ(clients.count(77), row.isClient ? 1U : 0U)
+        const auto clients = PeersOf(
+            SocketRole::kServed, {Socket(TcpState::kListen, row.listening, row.port),
+                                  Socket(TcpState::kEstablished, row.local, 22, "192.0.2.9", 77)});
+        EXPECT_EQ(clients, row.isClient ? (Peers{{77, "192.0.2.9"}}) : Peers())
             << row.listening << " " << row.port << " " << row.local;
-        EXPECT_EQ(clients.size(), row.isClient ? 1U : 0U);
     }
 }
 
 TEST(ClientSocket, ShowsThePeer) {
-    const auto clients =
-        SelectClientSockets({Socket(TcpState::kEstablished, "192.0.2.1", 22, "192.0.2.9", 77),
-                             Socket(TcpState::kListen, "0.0.0.0", 22)});
-    ASSERT_EQ(clients.count(77), 1U);
-    EXPECT_EQ(clients.at(77), "192.0.2.9");
+    EXPECT_EQ(PeersOf(SocketRole::kServed,
+                      {Socket(TcpState::kEstablished, "192.0.2.1", 22, "192.0.2.9", 77),
+                       Socket(TcpState::kListen, "0.0.0.0", 22)}),
+              (Peers{{77, "192.0.2.9"}}));
 }
 
 TEST(ClientSocket, IsNotTheClientsEndOfAConnectionWithinTheHost) {
-    const auto clients =
-        SelectClientSockets({Socket(TcpState::kListen, "127.0.0.1", 22),
-                             Socket(TcpState::kEstablished, "127.0.0.1", 22, "127.0.0.2", 77),
-                             Socket(TcpState::kEstablished, "127.0.0.2", 40000, "127.0.0.1", 78)});
-    EXPECT_EQ(clients.size(), 1U);
-    EXPECT_EQ(clients.count(77), 1U);
+    const std::vector<TcpSocket> sockets = {
+        Socket(TcpState::kListen, "127.0.0.1", 22, "::", 76),
+        Socket(TcpState::kEstablished, "127.0.0.1", 22, "127.0.0.2", 77),
+        Socket(TcpState::kEstablished, "127.0.0.2", 40000, "127.0.0.1", 78)};
+    EXPECT_EQ(PeersOf(SocketRole::kListener, sockets), (Peers{{76, ""}}));
+    EXPECT_EQ(PeersOf(SocketRole::kServed, sockets), (Peers{{77, "127.0.0.2"}}));
+    EXPECT_EQ(PeersOf(SocketRole::kUnlistened, sockets), (Peers{{78, "127.0.0.1"}}));
 }
 
 TEST(ClientSocket, IsEstablishedAndHeld) {
     const auto clients =
-        SelectClientSockets({Socket(TcpState::kListen, "0.0.0.0", 22, "::", 5),
+        SelectClientSockets({Socket(TcpState::kListen, "0.0.0.0", 22, "::", 0),
                              Socket(TcpState::kEstablished, "192.0.2.1", 22, "192.0.2.9", 0),
                              Socket(TcpState::kOther, "192.0.2.1", 22, "192.0.2.9", 78)});
     EXPECT_TRUE(clients.empty());

@@ -46,7 +46,8 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  * - Connections: TCP over IPv4 and IPv6, established, with a local port that is also listened on
  *   (sock_diag over netlink, else /proc/net/tcp and /proc/net/tcp6), in the network namespace of
  *   the caller. Not seen are other namespaces, other protocols, servers inside the kernel, and a
- *   server that stops listening once it has its client.
+ *   server that stops listening once it has its client; but an SSH session of a server of root's
+ *   goes on being one while that is stopped, or listens elsewhere since.
  * - Processes: every process that holds the socket of a client (/proc/<pid>/fd), however many
  *   share it. With no client nothing is searched. Otherwise each process is searched at its 16
  *   lowest descriptors, and the file servers known by their executable, whatever its folder, to
