@@ -3,8 +3,11 @@
 import os
 import pwd
 import shlex
+import shutil
 import signal
+import socket
 import subprocess
+import sys
 import unittest
 
 from harness.files import write_file
@@ -264,6 +267,48 @@ class LoggingIn(SshTest):
         await_holder("/volume1/share/logged-in")
         self.assertEqual(open_files().client("/volume1/share/logged-in"),
                          ("SSH", "127.0.0.18", "alice"))
+
+
+# How OpenSSH 10 serves root without PAM: two halves, both of root, the second of which starts the
+# session. It begins when the client says so.
+TWO_HALVES_OF_ROOT = """
+import os, signal, socket, sys
+listener = socket.create_server(("127.0.0.1", int(sys.argv[1])))
+client, _ = listener.accept()
+if os.fork():
+    client.close()
+    signal.pause()
+listener.close()
+if os.fork():
+    signal.pause()
+held = open(sys.argv[2], "w")
+client.recv(1)
+if os.fork():
+    signal.pause()
+client.close()
+session = open(sys.argv[3], "w")
+signal.pause()
+"""
+
+
+class SessionsOfLaterReleases(unittest.TestCase):
+    PORT = 2223
+
+    def test_root_without_pam_is_shown_as_root(self):
+        program = shutil.copy(os.path.realpath(sys.executable), "/usr/local/bin/sshd-session")
+        paths = ["/volume1/share/of-half", "/volume1/share/of-session"]
+        server = Server("ssh", [program, "-c", TWO_HALVES_OF_ROOT, str(self.PORT), *paths], self.PORT)
+        self.addCleanup(server.stop)
+        client = socket.create_connection(("127.0.0.1", self.PORT),
+                                          source_address=("127.0.0.24", 0))
+        self.addCleanup(client.close)
+        half = await_holder(paths[0], "sshd-session")
+        self.assertEqual(open_files().client(paths[0]), ("SSH", *UNKNOWN))
+        client.sendall(b".")
+        await_holder(paths[1])
+        listing = open_files()
+        self.assertEqual(listing.client(paths[1]), ("SSH", "127.0.0.24", "root"))
+        self.assertEqual(listing.client(paths[0], half), ("SSH", "127.0.0.24", "root"))
 
 
 class ServerGone(SshTest):

@@ -169,11 +169,11 @@ class HostileUser(unittest.TestCase):
                     self.assertEqual([(file["pid"], file["user"], file["host"]) for file in files],
                                      [(hostile.pid, user, host)])
 
-    def list_false_sshd(self, trick, login):
-        """(path, user, host) of what a program of the user nobody named sshd holds."""
+    def list_false_sshd(self, trick, login, name="sshd"):
+        """(path, user, host) of what a program of the user nobody named as sshd is holds."""
         with tempfile.TemporaryDirectory() as folder:
             os.chmod(folder, 0o755)
-            program = shutil.copy(os.path.realpath(sys.executable), os.path.join(folder, "sshd"))
+            program = shutil.copy(os.path.realpath(sys.executable), os.path.join(folder, name))
             with Hostile(trick, executable=program, login=login):
                 return sorted((os.path.basename(file["full_path"]), file["user"], file["host"])
                               for file in self.listed()[0])
@@ -192,8 +192,9 @@ class HostileUser(unittest.TestCase):
                  [("served", *unknown), ("served", *nobody), ("session", *unknown)]),
                 ("serve_apart", [("beside", *unknown), ("served", *unknown)])):
             for login in logins:
-                with self.subTest(trick, login=login):
-                    self.assertEqual(self.list_false_sshd(trick, login), expected)
+                for name in ("sshd", "sshd-session"):
+                    with self.subTest(trick, login=login, name=name):
+                        self.assertEqual(self.list_false_sshd(trick, login, name), expected)
 
     # Files that are not what they were
 

@@ -24,6 +24,14 @@ const SshProcess& Monitor(const Processes& processes) {
     return top == processes.end() ? processes.front() : *top;
 }
 
+/** Before a login the one child of a holder is the half without rights, and that is a holder. */
+bool RunsASession(const Processes& processes) {
+    return std::any_of(processes.begin(), processes.end(), [&](const SshProcess& process) {
+        const auto isChild = [&](const SshProcess& other) { return other.parent == process.pid; };
+        return process.hasChildren && std::none_of(processes.begin(), processes.end(), isChild);
+    });
+}
+
 bool MayBeClients(SocketRole role, const SshProcess& monitor) {
     return role == SocketRole::kServed || (monitor.realUid == 0 && !monitor.listens);
 }
@@ -49,10 +57,9 @@ std::optional<SshLogin> JudgeSshConnection(const Processes& processes, SocketRol
     if (half != processes.end()) {
         return SshLogin{half->uid, std::nullopt};
     }
-    // Whoever logs in as the user that the server runs as gets no second half: the one process
-    // starts the sessions itself. Before the login it has no child but the unauthenticated half,
-    // and that holds the socket too.
-    if (processes.size() == 1 && monitor.hasChildren) {
+    // Whoever logs in as the user that the server runs as gets no half of another user: the one
+    // process starts the sessions itself, since OpenSSH 9.8 the second that is of the same user.
+    if (RunsASession(processes)) {
         return SshLogin{monitor.uid, std::nullopt};
     }
     return std::nullopt;

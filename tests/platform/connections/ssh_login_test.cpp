@@ -120,10 +120,18 @@ TEST(SshLogin, NeedsNoSeparationUserOnTheHost) {
     EXPECT_EQ(login->user, kAlice);
 }
 
-TEST(SshLogin, IsUnknownForTwoProcessesOfRootWithoutAnId) {
+TEST(SshLogin, OfRootInTwoHalvesShowsByTheSessionsOfTheSecond) {
     SshProcess monitor = MonitorProcess();
     monitor.hasChildren = true;
-    ExpectNobody({monitor, Half(0)});
+    SshProcess half = Half(0);
+    monitor.program = half.program = "sshd-session";
+    // As any connection looks right after the fork of what is to become its half without rights.
+    ExpectNobody({monitor, half});
+    half.hasChildren = true;
+    ExpectLogin({monitor, half}, 0, std::nullopt);
+    ExpectLogin({half, monitor}, 0, std::nullopt);
+    half.program = "sshd-auth";
+    ExpectNobody({monitor, half});
 }
 
 /** Whether these have a login over a socket that nobody listens on. */

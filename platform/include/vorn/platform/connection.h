@@ -61,8 +61,8 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  * - SSH (type VORN_CURCONN_SSH; sshd, sshd-session and sshd-auth by executable): the login user
  *   that the kernel keeps (/proc/<pid>/loginuid) if the connection has a kernel session
  *   (/proc/<pid>/sessionid) that its server was not itself started from, else the user of sshd's
- *   unprivileged half, else, of a login without such a half, the user of sshd itself, once a
- *   session runs. A connection not yet authenticated is left out. Every other process of the
+ *   unprivileged half, else, of a login whose halves are all of one user, as root's are, that
+ *   user, once a session runs. A connection not yet authenticated is left out. Every other process of the
  *   kernel session is a record too, wherever it was moved or detached to. Ports that an SSH client
  *   forwards to itself are no connections of its sshd.
  * - SMB (smbd): one record for each user with an authenticated session on the connection, sorted,
