@@ -14,6 +14,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     vornplatform::ParseProcessUsers(text);
     vornplatform::ParseSocketLink(text);
+    for (const pid_t child : vornplatform::ParseChildren(text)) {
+        if (child <= 0) {
+            std::abort();
+        }
+    }
     if (vornplatform::ParseAuditId(text) == std::uint32_t{4294967295}) {
         std::abort();
     }

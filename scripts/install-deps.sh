@@ -65,6 +65,7 @@ packages[test]='
 # Real servers, clients and tools for the end-to-end tests.
 packages[e2e]='
     curl
+    dropbear-bin
     lsof
     openssh-client
     openssh-server

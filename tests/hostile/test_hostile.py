@@ -159,7 +159,7 @@ class HostileUser(unittest.TestCase):
     def test_a_false_server_speaks_for_its_own_user_only(self):
         # The host is the true peer's, the user that of the process; only smbstatus, which knows
         # none of its sessions, may name another for an smbd.
-        for server, user in (("sshd", "-"), ("smbd", "unknown"), ("vsftpd", "nobody"), ("any", "nobody")):
+        for server, user in (("sshd", "-"), ("dropbear", "-"), ("smbd", "unknown"), ("vsftpd", "nobody"), ("any", "nobody")):
             with self.subTest(server), tempfile.TemporaryDirectory() as folder:
                 os.chmod(folder, 0o755)
                 program = shutil.copy(os.path.realpath(sys.executable), os.path.join(folder, server))

@@ -11,6 +11,9 @@
 
 namespace vornplatform {
 
+/** Stands for a host or a user that nothing tells; the one text for that. */
+inline constexpr char kUnknown[] = "unknown";
+
 /** A record before it is laid out for the caller. */
 struct Connection {
     std::uint32_t pid = 0;

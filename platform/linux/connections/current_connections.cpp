@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/linux/connections/connection_block.h"
+#include "platform/linux/connections/dropbear_login.h"
 #include "platform/linux/connections/server_connections.h"
 #include "platform/linux/connections/smb_query.h"
 #include "platform/linux/connections/ssh_session.h"
@@ -66,6 +67,8 @@ std::vector<Connection> ReadConnections() {
     const std::vector<SocketHolder> holders = FindSocketHolders(processes, sockets);
     UserDirectory directory;
     std::vector<Connection> connections = SshConnections(holders, sockets, processes, directory);
+    const auto dropbear = DropbearConnections(holders, sockets, directory);
+    connections.insert(connections.end(), dropbear.begin(), dropbear.end());
     const auto others = ServerConnections(holders, sockets, UsersOfSmbServers, directory);
     connections.insert(connections.end(), others.begin(), others.end());
     return WithoutRepeats(std::move(connections));

@@ -8,8 +8,6 @@
 namespace vornplatform {
 namespace {
 
-constexpr char kUnknownUser[] = "unknown";
-
 std::vector<SmbServer> FindSmbServers(const std::vector<SocketHolder>& holders) {
     std::vector<SmbServer> servers;
     for (const SocketHolder& holder : holders) {
@@ -27,7 +25,7 @@ std::vector<std::string> UsersOf(const SocketHolder& holder, const SmbUsers& smb
                                  UserDirectory& directory) {
     if (holder.kind == ServerKind::kSmb) {
         const auto users = smbUsers.find(holder.pid);
-        return users != smbUsers.end() ? users->second : std::vector<std::string>{kUnknownUser};
+        return users != smbUsers.end() ? users->second : std::vector<std::string>{kUnknown};
     }
     const auto users = ReadProcessUsers(holder.pid);
     return users ? std::vector<std::string>{directory.NameOf(users->effective)}
@@ -44,7 +42,7 @@ std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holde
     const SmbUsers smbUsers = smbServers.empty() ? SmbUsers() : askSmbUsers(smbServers);
     std::vector<Connection> connections;
     for (const SocketHolder& holder : holders) {
-        if (holder.kind == ServerKind::kSsh) {
+        if (holder.kind == ServerKind::kSsh || holder.kind == ServerKind::kDropbear) {
             continue;
         }
         const auto users = UsersOf(holder, smbUsers, directory);

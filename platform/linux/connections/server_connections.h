@@ -14,9 +14,9 @@ namespace vornplatform {
 using AskSmbUsers = std::function<SmbUsers(const std::vector<SmbServer>&)>;
 
 /**
- * Records of every server process but sshd that holds a client's socket, in the order of the
- * holders and of their descriptors. The user is the effective user of the process; of smbd, which
- * is root while it idles, the users of its sessions, and "unknown" without any.
+ * Records of every server process but those of SSH that holds a client's socket, in the order of
+ * the holders and of their descriptors. The user is the effective user of the process; of smbd,
+ * which is root while it idles, the users of its sessions, and "unknown" without any.
  *
  * @param askSmbUsers  called once, and only if a holder is an smbd
  */

@@ -51,7 +51,7 @@ std::optional<SshProcess> ReadSshProcess(const SocketHolder& holder) {
     }
     // Tells only of a login that has no session of its own.
     if (!HasOwnSession(process)) {
-        process.hasChildren = HasChildren(holder.pid);
+        process.hasChildren = !ReadChildren(holder.pid).empty();
     }
     return process;
 }

@@ -33,8 +33,14 @@ std::optional<std::uint32_t> ReadLoginUid(pid_t pid);
 /** /proc/<pid>/sessionid: a number of its own for each login. */
 std::optional<std::uint32_t> ReadSessionId(pid_t pid);
 
-/** /proc/<pid>/task/<pid>/children */
-bool HasChildren(pid_t pid);
+/** /proc/<pid>/task/<pid>/children: of its first thread, some 500 of them at most. */
+std::vector<pid_t> ReadChildren(pid_t pid);
+
+/** The file name of its program (/proc/<pid>/exe); threads of the kernel have none. */
+std::optional<std::string> ReadProgram(pid_t pid);
+
+/** Whether the file of its program lends its owner's rights to whoever runs it. */
+std::optional<bool> RunsSetUserId(pid_t pid);
 
 }  // namespace vornplatform
 

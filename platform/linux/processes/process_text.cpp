@@ -61,6 +61,18 @@ std::optional<std::uint32_t> ParseAuditId(std::string_view text) {
     return id == kUnset ? std::nullopt : id;
 }
 
+// 29031 29040
+std::vector<pid_t> ParseChildren(std::string_view text) {
+    std::vector<pid_t> children;
+    while (text.find(' ') != std::string_view::npos) {
+        const auto child = support::ParseNumber<pid_t>(support::TakeUntil(text, ' '));
+        if (child && *child > 0) {
+            children.push_back(*child);
+        }
+    }
+    return children;
+}
+
 std::optional<std::uint64_t> ParseSocketLink(std::string_view link) {
     if (!support::ConsumePrefix(link, "socket:[") || !support::ConsumeSuffix(link, "]")) {
         return std::nullopt;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace vornplatform {
 
@@ -36,6 +37,12 @@ std::optional<ProcessUsers> ParseProcessUsers(std::string_view text);
  * @return nothing also for 4294967295, by which the kernel says that none is set
  */
 std::optional<std::uint32_t> ParseAuditId(std::string_view text);
+
+/**
+ * Reads the text of /proc/<pid>/task/<tid>/children, each pid with a blank behind it; one that the
+ * end of the text cuts off is left out.
+ */
+std::vector<pid_t> ParseChildren(std::string_view text);
 
 /** Reads the inode number from a descriptor's link, such as "socket:[29024]". */
 std::optional<std::uint64_t> ParseSocketLink(std::string_view link);

@@ -15,6 +15,7 @@ constexpr KnownServer kKnownServers[] = {
     {"sshd", ServerKind::kSsh},
     {"sshd-auth", ServerKind::kSsh},
     {"sshd-session", ServerKind::kSsh},
+    {"dropbear", ServerKind::kDropbear},
     {"smbd", ServerKind::kSmb},
     {"afpd", ServerKind::kOneClient},
     {"proftpd", ServerKind::kOneClient},
@@ -37,7 +38,15 @@ ServerKind KindOfServer(std::string_view program) {
 }
 
 bool ServesOneClient(ServerKind kind) {
-    return kind == ServerKind::kSsh || kind == ServerKind::kSmb || kind == ServerKind::kOneClient;
+    switch (kind) {
+        case ServerKind::kSsh:
+        case ServerKind::kDropbear:
+        case ServerKind::kSmb:
+        case ServerKind::kOneClient:
+            return true;
+        default:
+            return false;
+    }
 }
 
 }  // namespace vornplatform

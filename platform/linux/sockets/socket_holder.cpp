@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <optional>
 #include <utility>
 
+#include "platform/linux/processes/process_reader.h"
 #include "platform/linux/processes/process_text.h"
 #include "platform/linux/support/host_error.h"
 #include "support/folder.h"
@@ -34,7 +34,8 @@ public:
     /** @return nothing when the process holds none of the sockets, has gone or is kept from us */
     std::optional<SocketHolder> Run(bool sshAlone) {
         const std::string folder = "/proc/" + std::to_string(holder_.pid);
-        Identify(folder + "/exe");
+        holder_.program = ReadProgram(holder_.pid).value_or(std::string());
+        holder_.kind = KindOfServer(holder_.program);
         if (sshAlone && holder_.kind != ServerKind::kSsh) {
             return std::nullopt;
         }
@@ -92,15 +93,6 @@ private:
         int missed = 0;
         for (; found < kLowDescriptors && missed < kLowMisses; ++next_) {
             ++(LookAt(std::to_string(next_).c_str()) ? found : missed);
-        }
-    }
-
-    void Identify(const std::string& path) {
-        char link[PATH_MAX];
-        const ssize_t size = readlink(path.c_str(), link, sizeof(link));
-        if (size > 0) {
-            holder_.program = ExecutableName({link, static_cast<std::size_t>(size)});
-            holder_.kind = KindOfServer(holder_.program);
         }
     }
 

@@ -46,7 +46,9 @@ TEST(ProcessReader, FindsNothingOfAProcessThatHasGone) {
     EXPECT_FALSE(ReadProcessUsers(gone));
     EXPECT_FALSE(ReadSessionId(gone));
     EXPECT_FALSE(ReadLoginUid(gone));
-    EXPECT_FALSE(HasChildren(gone));
+    EXPECT_TRUE(ReadChildren(gone).empty());
+    EXPECT_FALSE(ReadProgram(gone));
+    EXPECT_FALSE(RunsSetUserId(gone));
 }
 
 }  // namespace

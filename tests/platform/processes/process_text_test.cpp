@@ -93,6 +93,22 @@ TEST(AuditId, IsNothingWhereNoneIsSet) {
     }
 }
 
+TEST(Children, AreThoseThatTheTextHasWhole) {
+    using Pids = std::vector<pid_t>;
+    const struct {
+        const char* text;
+        Pids children;
+    } rows[] = {{"", {}},
+                {"29031 ", {29031}},
+                {"29031 29040 ", {29031, 29040}},
+                {"29031 290", {29031}},
+                {"29031", {}},
+                {"0 -1 x 5 ", {5}}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(ParseChildren(row.text), row.children) << row.text;
+    }
+}
+
 TEST(SocketLink, GivesTheInodeOfASocketAlone) {
     const struct {
         std::string link;

@@ -196,6 +196,7 @@ TEST(Slices, BearTheNameOfTheirService) {
 
 TEST(Slices, TakeInTheDaemonsOfDebian) {
     const std::map<std::string, std::string> expected = {
+        {"dropbear.service.d", "sshd.slice"},
         {"inetd.service.d", "inetd.slice"},
         {"inetutils-inetd.service.d", "inetd.slice"},
         {"netatalk.service.d", "atalk.slice"},

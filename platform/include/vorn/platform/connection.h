@@ -51,8 +51,8 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  * - Processes: every process that holds the socket of a client (/proc/<pid>/fd), however many
  *   share it. With no client nothing is searched. Otherwise each process is searched at its 16
  *   lowest descriptors, and the file servers known by their executable, whatever its folder, to
- *   the end of their table: sshd, smbd, vsftpd, proftpd, pure-ftpd, rsync and afpd as far as
- *   their one client, nginx, apache2, httpd, lighttpd and caddy up to 4096 descriptors. A server
+ *   the end of their table: sshd, dropbear, smbd, vsftpd, proftpd, pure-ftpd, rsync and afpd as far
+ * as their one client, nginx, apache2, httpd, lighttpd and caddy up to 4096 descriptors. A server
  *   of another name that keeps a client's socket further up is not found.
  * - Host: the peer's address as a number, never a name; IPv4 dotted also on an IPv6 socket, IPv6
  *   with "%" and the interface where it is link-local (without, where it is read from /proc/net).
@@ -62,9 +62,12 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  *   that the kernel keeps (/proc/<pid>/loginuid) if the connection has a kernel session
  *   (/proc/<pid>/sessionid) that its server was not itself started from, else the user of sshd's
  *   unprivileged half, else, of a login whose halves are all of one user, as root's are, that
- *   user, once a session runs. A connection not yet authenticated is left out. Every other process of the
- *   kernel session is a record too, wherever it was moved or detached to. Ports that an SSH client
- *   forwards to itself are no connections of its sshd.
+ *   user, once a session runs. A connection not yet authenticated is left out. Every other process
+ * of the kernel session is a record too, wherever it was moved or detached to. Ports that an SSH
+ * client forwards to itself are no connections of its sshd. Of dropbear, which the kernel is told
+ * no login by: the real user of the processes that it has started, once there are any; "unknown"
+ * where those have several, or run a program that may have changed it. Detached processes have no
+ * connection.
  * - SMB (smbd): one record for each user with an authenticated session on the connection, sorted,
  *   as /usr/bin/smbstatus tells; "unknown" while there is none or smbstatus cannot tell. The answer
  *   is remembered for 60 s; smbstatus runs, at most once a call and for 2 s, when an smbd is not
