@@ -1,5 +1,7 @@
 """Connections of servers that are no file servers, and processes that have none."""
 
+import os
+import shutil
 import socket
 import subprocess
 import sys
@@ -32,9 +34,10 @@ def setUpModule():
 class OtherServers(unittest.TestCase):
     PORT = 7777
 
-    def serve(self, address="127.0.0.1", *more, user="alice", group="system.slice/own.service"):
+    def serve(self, address="127.0.0.1", *more, user="alice", group="system.slice/own.service",
+              program=sys.executable):
         family = socket.AF_INET6 if ":" in address else socket.AF_INET
-        server = start([sys.executable, "-c", SERVER, address, str(self.PORT), str(int(family)),
+        server = start([program, "-c", SERVER, address, str(self.PORT), str(int(family)),
                         *more], group, user=user)
         self.addCleanup(stop, server)
         wait_until(lambda: listening(self.PORT), "the server to listen")
@@ -62,13 +65,26 @@ class OtherServers(unittest.TestCase):
         self.ask("127.0.0.3", "/volume1/share/numeric")
         self.assertEqual(open_files().client("/volume1/share/numeric")[1:], ("127.0.0.3", "4242"))
 
-    def test_of_several_clients_of_one_process_the_last_is_shown(self):
+    def test_of_several_hosts_of_one_process_none_is_shown(self):
         server = self.serve()
-        self.ask("127.0.0.4", "/volume1/share/of-first")
-        self.ask("127.0.0.5", "/volume1/share/of-last")
+        paths = [f"/volume1/share/of-{number}" for number in range(100)]
+        for path in paths[:2]:
+            self.ask("127.0.0.4", path)
         listing = open_files()
-        for path in ("/volume1/share/of-first", "/volume1/share/of-last"):
-            self.assertEqual(listing.client(path, server.pid)[1:], ("127.0.0.5", "alice"))
+        for path in paths[:2]:
+            self.assertEqual(listing.client(path, server.pid)[1:], ("127.0.0.4", "alice"))
+        for number, path in enumerate(paths[2:], 1):
+            self.ask(f"127.0.1.{number}", path)
+        listing = open_files()
+        for path in paths:
+            self.assertEqual(listing.client(path, server.pid)[1:], ("unknown", "alice"))
+
+    def test_a_server_that_is_root_for_all_its_users_names_none(self):
+        program = shutil.copy(os.path.realpath(sys.executable), "/usr/local/bin/ganesha.nfsd")
+        self.serve(user="root", program=program)
+        self.ask("127.0.0.8", "/volume1/share/of-ganesha")
+        self.assertEqual(open_files().client("/volume1/share/of-ganesha")[1:],
+                         ("127.0.0.8", "unknown"))
 
     def test_an_ipv4_client_of_an_ipv6_socket_is_shown_as_ipv4(self):
         self.serve("::", "dual")

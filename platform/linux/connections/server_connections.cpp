@@ -1,6 +1,7 @@
 #include "platform/linux/connections/server_connections.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/linux/processes/process_reader.h"
@@ -21,15 +22,28 @@ std::vector<SmbServer> FindSmbServers(const std::vector<SocketHolder>& holders) 
     return servers;
 }
 
-std::vector<std::string> UsersOf(const SocketHolder& holder, const SmbUsers& smbUsers,
-                                 UserDirectory& directory) {
+/** One user; of several nothing tells whose a file is. */
+std::string SmbUserOf(pid_t server, const SmbUsers& smbUsers) {
+    const auto users = smbUsers.find(server);
+    const bool isOne = users != smbUsers.end() && users->second.size() == 1;
+    return isOne ? users->second.front() : kUnknown;
+}
+
+/** Nothing of a process that has gone. */
+std::optional<std::string> UserOf(const SocketHolder& holder, const SmbUsers& smbUsers,
+                                  UserDirectory& directory) {
     if (holder.kind == ServerKind::kSmb) {
-        const auto users = smbUsers.find(holder.pid);
-        return users != smbUsers.end() ? users->second : std::vector<std::string>{kUnknown};
+        return SmbUserOf(holder.pid, smbUsers);
+    }
+    if (holder.kind == ServerKind::kManyUsers) {
+        return kUnknown;
     }
     const auto users = ReadProcessUsers(holder.pid);
-    return users ? std::vector<std::string>{directory.NameOf(users->effective)}
-                 : std::vector<std::string>();
+    return users ? std::optional<std::string>(directory.NameOf(users->effective)) : std::nullopt;
+}
+
+std::string HostOf(const SocketHolder& holder, const ClientSockets& sockets) {
+    return holder.inodes.size() == 1 ? sockets.at(holder.inodes.front()).host : kUnknown;
 }
 
 }  // namespace
@@ -45,12 +59,9 @@ std::vector<Connection> ServerConnections(const std::vector<SocketHolder>& holde
         if (holder.kind == ServerKind::kSsh || holder.kind == ServerKind::kDropbear) {
             continue;
         }
-        const auto users = UsersOf(holder, smbUsers, directory);
-        for (const std::uint64_t inode : holder.inodes) {
-            for (const std::string& user : users) {
-                connections.push_back(
-                    {static_cast<std::uint32_t>(holder.pid), sockets.at(inode).host, user, 0});
-            }
+        if (const auto user = UserOf(holder, smbUsers, directory)) {
+            connections.push_back(
+                {static_cast<std::uint32_t>(holder.pid), HostOf(holder, sockets), *user, 0});
         }
     }
     return connections;

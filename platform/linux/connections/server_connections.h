@@ -14,9 +14,10 @@ namespace vornplatform {
 using AskSmbUsers = std::function<SmbUsers(const std::vector<SmbServer>&)>;
 
 /**
- * Records of every server process but those of SSH that holds a client's socket, in the order of
- * the holders and of their descriptors. The user is the effective user of the process; of smbd,
- * which is root while it idles, the users of its sessions, and "unknown" without any.
+ * A record of every server process but those of SSH that holds a client's socket, in the order of
+ * the holders. The user is the effective user of the process; of smbd, which is root while it
+ * idles, the user of its sessions. Where a process has several hosts or users, or is one user for
+ * all of them, nothing tells which of them holds a file: kUnknown.
  *
  * @param askSmbUsers  called once, and only if a holder is an smbd
  */

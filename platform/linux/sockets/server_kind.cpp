@@ -27,6 +27,7 @@ constexpr KnownServer kKnownServers[] = {
     {"httpd", ServerKind::kManyClients},
     {"lighttpd", ServerKind::kManyClients},
     {"nginx", ServerKind::kManyClients},
+    {"ganesha.nfsd", ServerKind::kManyUsers},
 };
 
 }  // namespace
@@ -35,6 +36,10 @@ ServerKind KindOfServer(std::string_view program) {
     const auto* known = std::find_if(std::begin(kKnownServers), std::end(kKnownServers),
                                      [&](const auto& it) { return it.program == program; });
     return known == std::end(kKnownServers) ? ServerKind::kOther : known->kind;
+}
+
+bool IsFileServer(ServerKind kind) {
+    return kind != ServerKind::kOther;
 }
 
 bool ServesOneClient(ServerKind kind) {

@@ -11,6 +11,7 @@
 #include "platform/linux/processes/process_text.h"
 #include "platform/linux/support/host_error.h"
 #include "support/folder.h"
+#include "support/numbers.h"
 
 namespace vornplatform {
 namespace {
@@ -22,9 +23,6 @@ namespace {
  */
 constexpr int kLowDescriptors = 16;
 constexpr int kLowMisses = 16;
-
-/** How far the table of a known server is read that has many clients. */
-constexpr int kMaxDescriptors = 4096;
 
 /** One process under search. */
 class Search {
@@ -79,11 +77,22 @@ private:
     }
 
     void Note(std::uint64_t inode, SocketRole role) {
-        auto& inodes = holder_.inodes;
         if (role == SocketRole::kListener) {
             holder_.listens = true;
-        } else if ((role == SocketRole::kServed || holder_.kind == ServerKind::kSsh) &&
-                   std::find(inodes.begin(), inodes.end(), inode) == inodes.end()) {
+        } else if (role == SocketRole::kServed || holder_.kind == ServerKind::kSsh) {
+            Take(inode);
+        }
+    }
+
+    /** Of an SSH server every socket, of others one a host: they may have any number of clients. */
+    void Take(std::uint64_t inode) {
+        auto& inodes = holder_.inodes;
+        const auto isAlike = [&](std::uint64_t other) {
+            return holder_.kind == ServerKind::kSsh
+                       ? other == inode
+                       : sockets_.at(other).host == sockets_.at(inode).host;
+        };
+        if (std::none_of(inodes.begin(), inodes.end(), isAlike)) {
             inodes.push_back(inode);
         }
     }
@@ -96,17 +105,22 @@ private:
         }
     }
 
+    /** Whoever has one client among the lowest may have more; two hosts are enough to know of. */
     bool NeedsMore() const {
-        return holder_.kind == ServerKind::kManyClients ||
-               (ServesOneClient(holder_.kind) && holder_.inodes.empty());
+        if (ServesOneClient(holder_.kind)) {
+            return holder_.inodes.empty();
+        }
+        return (IsFileServer(holder_.kind) || !holder_.inodes.empty()) && holder_.inodes.size() < 2;
     }
 
     /** The kernel lists descriptors in ascending order. False when the process has gone. */
     bool LookAtRest() {
-        int count = 0;
         const int error = support::VisitFolder(descriptors_.Get(), [&](const dirent64& entry) {
-            LookAt(entry.d_name);
-            return ++count < kMaxDescriptors && NeedsMore();
+            const auto number = support::ParseNumber<int>(entry.d_name);
+            if (number && *number >= next_) {
+                LookAt(entry.d_name);
+            }
+            return NeedsMore();
         });
         if (error != 0) {
             ThrowUnlessGone(error);

@@ -17,7 +17,7 @@ struct SocketHolder {
     pid_t pid = 0;
     ServerKind kind = ServerKind::kOther;
     std::string program;               /**< file name of the executable; empty if not readable */
-    std::vector<std::uint64_t> inodes; /**< each socket once, lowest descriptor first */
+    std::vector<std::uint64_t> inodes; /**< lowest descriptor first; not of SSH: one a host */
     bool listens = false;              /**< holds a listening socket among its lowest descriptors */
 };
 
@@ -25,11 +25,12 @@ struct SocketHolder {
  * Finds the processes that hold at least one of the given sockets, in the order given: one that is
  * served, or of SSH servers one that nobody listens on as well.
  *
- * Of each process the lowest descriptors are looked at; only for the file servers known by
- * executable is the whole table read, and for those with one client a process only as far as that
- * client's socket. The search never ends early on having seen every socket once, for a socket may
- * have several holders (both halves of an SSH or FTP server, the two sides of a receiving rsync)
- * and the one that holds the files may come last.
+ * Of each process the lowest descriptors are looked at; the whole table is read of the file servers
+ * known by executable and of whoever has a client among the lowest, of those with one client a
+ * process only as far as that client's socket, of others as far as a second host. The search never
+ * ends early on having seen every socket once, for a socket may have several holders (both halves
+ * of an SSH or FTP server, the two sides of a receiving rsync) and the one that holds the files may
+ * come last.
  */
 std::vector<SocketHolder> FindSocketHolders(const std::vector<pid_t>& processes,
                                             const ClientSockets& sockets);

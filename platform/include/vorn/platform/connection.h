@@ -33,13 +33,16 @@ VORN_PLATFORM_ASSERT(offsetof(VORN_CURCONN, type) == 40);
 VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
 
 /**
- * Lists the current client connections: one record for each process, host and user.
+ * Lists the current client connections: one record for each process that serves clients, and one
+ * for each process of an SSH session.
+ *
+ * A column that nothing tells is "unknown": the host of a process with clients of several hosts,
+ * the user of one with several users, since nothing tells which of them holds its files.
  *
  * Order: callers take the last record of a process. First come the processes of SSH sessions, then
- * those of sshd, then all other servers; each by ascending process id, and the clients of one
- * process by their lowest descriptor. So a process that serves a client itself is shown with that
- * client, even if it was started from somebody's SSH session, and one that serves several is shown
- * with the one at the highest descriptor.
+ * those of SSH servers, then all other servers; each by ascending process id. So a process that
+ * serves a client itself is shown with that client, even if it was started from somebody's SSH
+ * session.
  *
  * What the stand-in for Linux knows, and from where:
  *
@@ -51,27 +54,30 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  * - Processes: every process that holds the socket of a client (/proc/<pid>/fd), however many
  *   share it. With no client nothing is searched. Otherwise each process is searched at its 16
  *   lowest descriptors, and the file servers known by their executable, whatever its folder, to
- *   the end of their table: sshd, dropbear, smbd, vsftpd, proftpd, pure-ftpd, rsync and afpd as far
- * as their one client, nginx, apache2, httpd, lighttpd and caddy up to 4096 descriptors. A server
- *   of another name that keeps a client's socket further up is not found.
+ *   the end of their table: sshd, dropbear, smbd, vsftpd, proftpd, pure-ftpd, rsync and afpd as
+ *   far as their one client, nginx, apache2, httpd, lighttpd, caddy and ganesha.nfsd as far as a
+ *   second host, like any other that has a client among the lowest. A server of another name that
+ *   keeps all its clients' sockets further up is not found.
  * - Host: the peer's address as a number, never a name; IPv4 dotted also on an IPv6 socket, IPv6
  *   with "%" and the interface where it is link-local (without, where it is read from /proc/net).
  * - User: the effective user of the process (/proc/<pid>/status), with the exceptions below. Ids
- *   become names by getpwuid_r; one without a name is shown as the number.
+ *   become names by getpwuid_r; one without a name is shown as the number. It is "unknown" for
+ *   ganesha.nfsd, which is root whoever its clients are.
  * - SSH (type VORN_CURCONN_SSH; sshd, sshd-session and sshd-auth by executable): the login user
  *   that the kernel keeps (/proc/<pid>/loginuid) if the connection has a kernel session
  *   (/proc/<pid>/sessionid) that its server was not itself started from, else the user of sshd's
  *   unprivileged half, else, of a login whose halves are all of one user, as root's are, that
  *   user, once a session runs. A connection not yet authenticated is left out. Every other process
- * of the kernel session is a record too, wherever it was moved or detached to. Ports that an SSH
- * client forwards to itself are no connections of its sshd. Of dropbear, which the kernel is told
- * no login by: the real user of the processes that it has started, once there are any; "unknown"
- * where those have several, or run a program that may have changed it. Detached processes have no
- * connection.
- * - SMB (smbd): one record for each user with an authenticated session on the connection, sorted,
- *   as /usr/bin/smbstatus tells; "unknown" while there is none or smbstatus cannot tell. The answer
- *   is remembered for 60 s; smbstatus runs, at most once a call and for 2 s, when an smbd is not
- *   in it, and not for 10 s after it failed.
+ *   of the kernel session is a record too, wherever it was moved or detached to. Ports that an SSH
+ *   client forwards to itself are no connections of its sshd.
+ *
+ *   Of dropbear, which tells the kernel of no login: the real user of the processes that it has
+ *   started, once there are any; "unknown" where those have several, or run a program that may have
+ *   changed it. Detached processes have no connection.
+ * - SMB (smbd): the user with an authenticated session on the connection, as /usr/bin/smbstatus
+ *   tells; "unknown" with several, and while there is none or smbstatus cannot tell. The answer is
+ *   remembered for 60 s; smbstatus runs, at most once a call and for 2 s, when an smbd is not in
+ *   it, and not for 10 s after it failed.
  *
  * What vanishes meanwhile is skipped. A source that cannot be had costs its own facts and one line
  * in the system log: without any list of sockets there is no record.
