@@ -52,10 +52,12 @@ class SmbTest(unittest.TestCase):
         cls.server = Server("smbd", ["/usr/sbin/smbd", "--foreground", "--no-process-group"], 445)
         cls.addClassCleanup(cls.server.stop)
 
-    def hold(self, user, client, *names, share="share"):
-        """Has a client open files and keep them open; gives it."""
+    def hold(self, user, client, *names, share="share", machine=None):
+        """Has a client (of a machine that has others) open files and keep them open; gives it."""
         process = start(["smbclient", f"//{from_address(client)}/{share}", "-U",
-                         f"{user}%{PASSWORD}"], stdin=subprocess.PIPE)
+                         f"{user}%{PASSWORD}",
+                         *([f"--option=libsmb:client_guid={machine}"] if machine else [])],
+                        stdin=subprocess.PIPE)
         self.addCleanup(stop, process)
         self.open(process, *names)
         for name in names:
@@ -92,6 +94,55 @@ class SmbClients(SmbTest):
     def test_a_client_over_ipv6_has_its_address(self):
         self.hold("bob", "::1", "file-1")
         self.assertEqual(open_files().client("/volume1/share/file-1"), ("SMB", "::1", "bob"))
+
+
+class ConnectionsOfOneMachine(SmbTest):
+    """One server has all channels of a machine, which tells its own by a number."""
+
+    MACHINE = "6112f7d3-9528-4a2a-8861-0ca129aae6c4"
+
+    def setUp(self):
+        self.servers = set()
+
+    def hold(self, *arguments):
+        super().hold(*arguments, machine=self.MACHINE)
+        for name in arguments[2:]:
+            self.servers.add(await_holder(f"/volume1/share/{name}", "smbd"))
+        self.assertEqual(len(self.servers), 1)
+
+    def expect(self, **clients):
+        listing = open_files()
+        for name, client in clients.items():
+            self.assertEqual(listing.client(f"/volume1/share/{name.replace('_', '-')}"),
+                             ("SMB", *client))
+
+    def log_in(self, user, client):
+        """A session of a further user, over a connection of its own, which opens nothing."""
+        self.hold(user, client)
+        wait_until(lambda: f'"username": "{user}"' in output_of(["smbstatus", "--json", "-p"]),
+                   f"the session of {user}")
+
+    def test_several_users_at_one_address_have_no_name(self):
+        self.hold("alice", "127.0.0.11", "file-0")
+        self.hold("bob", "127.0.0.11", "file-1")
+        self.expect(file_0=("127.0.0.11", "unknown"), file_1=("127.0.0.11", "unknown"))
+
+    def test_of_several_users_the_one_who_has_files_open_has(self):
+        self.hold("alice", "127.0.0.12", "file-0")
+        self.log_in("bob", "127.0.0.12")
+        self.expect(file_0=("127.0.0.12", "alice"))
+
+    def test_several_users_at_several_addresses_have_neither(self):
+        self.hold("alice", "127.0.0.13", "file-0")
+        self.hold("bob", "127.0.0.14", "file-1")
+        self.expect(file_0=("unknown", "unknown"), file_1=("unknown", "unknown"))
+
+    def test_one_user_at_several_addresses_has_one_of_them(self):
+        self.hold("alice", "127.0.0.15", "file-0")
+        self.hold("alice", "127.0.0.16", "file-1")
+        first = open_files().client("/volume1/share/file-0")
+        self.assertIn(first, [("SMB", "127.0.0.15", "alice"), ("SMB", "127.0.0.16", "alice")])
+        self.expect(file_0=first[1:], file_1=first[1:])
 
 
 class CallerThatRaisesItsRights(SmbTest):

@@ -51,9 +51,9 @@ ClientSockets ReadClientSockets() {
 }
 
 /** What SMB servers told earlier; the one state that outlives a call. */
-SmbUsers UsersOfSmbServers(const std::vector<SmbServer>& servers) {
+SmbAnswer UsersOfSmbServers(const std::vector<SmbServer>& servers) {
     static std::mutex mutex;
-    static SmbUserMemory memory([] { return AskSmbStatus(); });
+    static SmbUserMemory memory([](SmbQuestion question) { return AskSmbStatus(question); });
     const std::lock_guard<std::mutex> lock(mutex);
     return memory.UsersOf(servers);
 }

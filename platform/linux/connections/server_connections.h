@@ -11,7 +11,7 @@
 
 namespace vornplatform {
 
-using AskSmbUsers = std::function<SmbUsers(const std::vector<SmbServer>&)>;
+using AskSmbUsers = std::function<SmbAnswer(const std::vector<SmbServer>&)>;
 
 /**
  * A record of every server process but those of SSH that holds a client's socket, in the order of

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <vector>
 
 #include "platform/linux/support/fault.h"
 #include "platform/linux/support/run_program.h"
@@ -31,10 +32,18 @@ std::string Reason(const ProgramResult& result) {
     }
 }
 
+std::vector<std::string> Command(SmbQuestion question, const std::string& program) {
+    std::vector<std::string> command = {program, "--json"};
+    if (question == SmbQuestion::kSessions) {
+        command.emplace_back("--processes");
+    }
+    return command;
+}
+
 }  // namespace
 
-std::optional<SmbUsers> AskSmbStatus(const std::string& program) {
-    const ProgramResult result = RunProgram({program, "--json", "--processes"}, kLimits);
+std::optional<SmbUsers> AskSmbStatus(SmbQuestion question, const std::string& program) {
+    const ProgramResult result = RunProgram(Command(question, program), kLimits);
     auto users = result.Succeeded() ? ParseSmbStatus(result.output) : std::nullopt;
     if (!users) {
         const std::string reason =

@@ -2,10 +2,11 @@
 
 #include <json/json.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <new>
+#include <set>
+#include <utility>
 
 #include "support/numbers.h"
 
@@ -55,10 +56,12 @@ std::optional<pid_t> ServerPid(const Json::Value& session) {
     return pid && *pid > 0 ? pid : std::nullopt;
 }
 
-/** While a session is being authenticated its user id is -1. */
-bool IsAuthenticated(const Json::Value& session) {
-    const Json::Value& uid = Member(session, "uid");
-    return uid.isUInt() && uid.asUInt() != static_cast<uid_t>(-1);
+constexpr uid_t kNobodyYet = static_cast<uid_t>(-1);
+
+/** While a session is being authenticated its user id is -1, as what is no id is here. */
+uid_t UserId(const Json::Value& value) {
+    const Json::Value& uid = Member(value, "uid");
+    return uid.isUInt() ? uid.asUInt() : kNobodyYet;
 }
 
 std::optional<std::string> UserName(const Json::Value& session) {
@@ -72,30 +75,69 @@ std::optional<std::string> UserName(const Json::Value& session) {
     return usable ? std::optional<std::string>(std::move(name)) : std::nullopt;
 }
 
-void SortUnique(std::vector<std::string>& names) {
-    std::sort(names.begin(), names.end());
-    names.erase(std::unique(names.begin(), names.end()), names.end());
+/** What is known of an smbd. */
+struct Server {
+    std::set<std::pair<uid_t, std::string>> sessions;
+    std::set<uid_t> openers; /**< as whom it has opened its files */
+};
+
+using Servers = std::unordered_map<pid_t, Server>;
+
+void ReadSessions(const Json::Value& root, Servers& servers) {
+    for (const Json::Value& session : Member(root, "sessions")) {
+        const auto pid = ServerPid(session);
+        const auto name = UserName(session);
+        const uid_t uid = UserId(session);
+        if (pid && name && uid != kNobodyYet) {
+            servers[*pid].sessions.emplace(uid, *name);
+        }
+    }
+}
+
+/** An open that doesn't say by whom counts as one by somebody else. */
+void ReadOpens(const Json::Value& root, Servers& servers) {
+    for (const Json::Value& file : Member(root, "open_files")) {
+        for (const Json::Value& open : Member(file, "opens")) {
+            if (const auto pid = ServerPid(open)) {
+                servers[*pid].openers.insert(UserId(open));
+            }
+        }
+    }
+}
+
+std::vector<std::string> UsersOf(const Server& server) {
+    std::set<std::string> all;
+    std::set<std::string> openers;
+    for (const auto& [uid, name] : server.sessions) {
+        all.insert(name);
+        if (server.openers.count(uid) != 0) {
+            openers.insert(name);
+        }
+    }
+    const bool isOneOfThem = server.openers.size() == 1 && openers.size() == 1;
+    const auto& users = isOneOfThem ? openers : all;
+    return {users.begin(), users.end()};
 }
 
 }  // namespace
 
 // {"sessions": {"2153685194": {"server_id": {"pid": "8667", ...}, "uid": 5002, "gid": 5002,
-//  "username": "bob", "remote_machine": "127.0.0.1", "hostname": "ipv4:127.0.0.1:45834", ...}}}
+//  "username": "bob", "remote_machine": "127.0.0.1", "hostname": "ipv4:127.0.0.1:45834", ...}},
+//  "open_files": {"/volume1/share/a": {"opens": {"8667/15": {"server_id": {"pid": "8667", ...},
+//  "uid": 5002, ...}}, ...}}}
 std::optional<SmbUsers> ParseSmbStatus(std::string_view text) {
     const auto root = ParseJson(text);
     if (!root || !Member(*root, "sessions").isObject()) {
         return std::nullopt;
     }
+    Servers servers;
+    ReadSessions(*root, servers);
+    ReadOpens(*root, servers);
     SmbUsers users;
-    for (const Json::Value& session : Member(*root, "sessions")) {
-        const auto pid = ServerPid(session);
-        const auto name = UserName(session);
-        if (pid && name && IsAuthenticated(session)) {
-            users[*pid].push_back(*name);
+    for (const auto& [pid, server] : servers) {
+        if (!server.sessions.empty()) {
+            users.emplace(pid, UsersOf(server));
         }
-    }
-    for (auto& entry : users) {
-        SortUnique(entry.second);
     }
     return users;
 }

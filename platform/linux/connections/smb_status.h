@@ -11,12 +11,15 @@
 
 namespace vornplatform {
 
-/** Names of the users with a session, by the smbd that serves it; each once, sorted. */
+/** Names of the users whose files an smbd may have open, by its pid; each once, sorted. */
 using SmbUsers = std::unordered_map<pid_t, std::vector<std::string>>;
 
 /**
- * Reads what "smbstatus --json --processes" prints. Sessions that are not yet authenticated are
- * left out, like those whose entry has another form.
+ * Reads what "smbstatus --json" prints. Sessions that are not yet authenticated are left out, like
+ * those whose entry has another form.
+ *
+ * With "--processes" it tells of no open files: the users of a server are all that have a session.
+ * Without, they are those as whom it has opened all its files, where that is one of several.
  *
  * @return nothing when the text as a whole has another form
  */

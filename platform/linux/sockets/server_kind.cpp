@@ -46,7 +46,6 @@ bool ServesOneClient(ServerKind kind) {
     switch (kind) {
         case ServerKind::kSsh:
         case ServerKind::kDropbear:
-        case ServerKind::kSmb:
         case ServerKind::kOneClient:
             return true;
         default:

@@ -10,7 +10,7 @@ enum class ServerKind {
     kOther,       /**< not known by its executable */
     kSsh,         /**< one client a process; users from login sessions */
     kDropbear,    /**< one client a process; users from the processes that it starts */
-    kSmb,         /**< one client a process; users from smbstatus */
+    kSmb,         /**< one machine a process, over several channels; users from smbstatus */
     kOneClient,   /**< a file server that serves one client a process */
     kManyClients, /**< a file server that serves many clients in one process */
     kManyUsers    /**< the same, as one user whoever its clients are */

@@ -17,11 +17,12 @@ constexpr char kOneSession[] =
     R"('{"sessions": {"1": {"server_id": {"pid": "8661"}, "uid": 5001, "username": "alice"}}}')";
 
 /** Asks a program that runs the given shell script in place of smbstatus. */
-std::optional<SmbUsers> AskScript(const std::string& script) {
+std::optional<SmbUsers> AskScript(const std::string& script,
+                                  SmbQuestion question = SmbQuestion::kSessions) {
     const TempFolder folder;
     const std::string path = folder.Write("smbstatus", "#!/bin/sh\n" + script + "\n");
     EXPECT_EQ(chmod(path.c_str(), 0755), 0);
-    return AskSmbStatus(path);
+    return AskSmbStatus(question, path);
 }
 
 TEST(SmbQuery, ReadsWhatSmbstatusPrints) {
@@ -31,6 +32,12 @@ TEST(SmbQuery, ReadsWhatSmbstatusPrints) {
 TEST(SmbQuery, AsksForSessionsAlone) {
     const std::string script = R"([ "$*" = "--json --processes" ] && echo )";
     EXPECT_EQ(AskScript(script + kOneSession), (SmbUsers{{8661, {"alice"}}}));
+}
+
+TEST(SmbQuery, AsksForOpenFilesAsWell) {
+    const std::string script = R"([ "$*" = "--json" ] && echo )";
+    EXPECT_EQ(AskScript(script + kOneSession, SmbQuestion::kOpenFiles),
+              (SmbUsers{{8661, {"alice"}}}));
 }
 
 TEST(SmbQuery, TakesNoEnvironmentAlong) {
@@ -61,7 +68,7 @@ TEST(SmbQuery, KnowsNothingFromAProgramThatFails) {
 TEST(SmbQuery, KnowsNothingWithoutTheProgram) {
     const TempFolder folder;
     LoggedLines().clear();
-    EXPECT_FALSE(AskSmbStatus(folder.Path("smbstatus")));
+    EXPECT_FALSE(AskSmbStatus(SmbQuestion::kSessions, folder.Path("smbstatus")));
     EXPECT_EQ(LoggedLines().size(), 1U);
     LoggedLines().clear();
 }

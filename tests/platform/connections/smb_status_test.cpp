@@ -36,6 +36,39 @@ TEST(SmbStatus, GivesEachUserOfAServerOnceInAStableOrder) {
     EXPECT_EQ(users, (SmbUsers{{8661, {"alice", "bob"}}}));
 }
 
+/** Sessions of alice (5001) and bob (5002) with one server, and its opens by these users. */
+std::string OpensBy(const std::vector<std::string>& uids) {
+    std::string text = Sessions(
+        {Session("\"8661\"", "5001", "\"alice\""), Session("\"8661\"", "5002", "\"bob\"")});
+    text.pop_back();
+    text += R"(, "open_files": {)";
+    for (std::size_t i = 0; i < uids.size(); ++i) {
+        text += (i == 0 ? "\"" : ", \"") + std::to_string(i) +
+                R"(": {"opens": {"8661/1": {"server_id": {"pid": "8661"}, "uid": )" + uids[i] +
+                "}}}";
+    }
+    return text + "}}";
+}
+
+TEST(SmbStatus, GivesTheOneUserAsWhomAServerOfSeveralHasOpenedItsFiles) {
+    const struct {
+        std::vector<std::string> uids;
+        std::vector<std::string> users;
+    } rows[] = {
+        {{}, {"alice", "bob"}},
+        {{"5002"}, {"bob"}},
+        {{"5001", "5001"}, {"alice"}},
+        {{"5001", "5002"}, {"alice", "bob"}},
+        {{"65534"}, {"alice", "bob"}},
+        {{"5001", "65534"}, {"alice", "bob"}},
+        {{"5001", "null"}, {"alice", "bob"}},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(ParseSmbStatus(OpensBy(row.uids)), (SmbUsers{{8661, row.users}}))
+            << OpensBy(row.uids);
+    }
+}
+
 TEST(SmbStatus, KeepsANameAsItIs) {
     const auto users =
         ParseSmbStatus(Sessions({Session("\"1\"", "7", R"("DOM\\J\u00fcrgen M\u001b")")}));

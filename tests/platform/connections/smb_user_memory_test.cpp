@@ -13,12 +13,20 @@ const SmbServer kSecond{8667, 200};
 /** Sessions that ask a scripted smbstatus, under a clock that the test moves. */
 class SmbUser : public testing::Test {
 protected:
-    SmbUsers UsersOf(const std::vector<SmbServer>& servers) { return memory_.UsersOf(servers); }
+    SmbUsers UsersOf(const std::vector<SmbServer>& servers) {
+        return memory_.UsersOf(servers).users;
+    }
 
     std::optional<SmbUsers> answer_ = SmbUsers{{8661, {"alice"}}, {8667, {"bob"}}};
+    std::optional<SmbUsers> openers_;
     int asked_ = 0;
+    int askedForOpeners_ = 0;
     SmbUserMemory::Clock::time_point now_{};
-    SmbUserMemory memory_{[this] {
+    SmbUserMemory memory_{[this](SmbQuestion question) {
+                              if (question == SmbQuestion::kOpenFiles) {
+                                  ++askedForOpeners_;
+                                  return openers_;
+                              }
                               ++asked_;
                               return answer_;
                           },
@@ -91,6 +99,27 @@ TEST_F(SmbUser, OutlivesAFailure) {
     answer_.reset();
     EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"alice"}}}));
     EXPECT_EQ(asked_, 2);
+}
+
+TEST_F(SmbUser, IsWhoHasFilesOpenAtThatMomentOfSeveral) {
+    answer_ = SmbUsers{{8661, {"alice", "bob"}}, {8667, {"bob"}}};
+    openers_ = SmbUsers{{8661, {"bob"}}, {8667, {"bob", "carol"}}};
+    EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"bob"}}, {8667, {"bob"}}}));
+    openers_ = SmbUsers{{8661, {"alice"}}};
+    EXPECT_EQ(UsersOf({kFirst, kSecond}), (SmbUsers{{8661, {"alice"}}, {8667, {"bob"}}}));
+    EXPECT_EQ(asked_, 1);
+    EXPECT_EQ(askedForOpeners_, 2);
+    EXPECT_EQ(memory_.UsersOf({kFirst, kSecond}).shared, std::unordered_set<pid_t>{8661});
+}
+
+TEST_F(SmbUser, OfSeveralIsNotAskedForAgainRightAfterAFailure) {
+    answer_ = SmbUsers{{8661, {"alice", "bob"}}};
+    EXPECT_EQ(UsersOf({kFirst}), answer_);
+    EXPECT_EQ(UsersOf({kFirst}), answer_);
+    EXPECT_EQ(askedForOpeners_, 1);
+    now_ += SmbUserMemory::kPause;
+    openers_ = SmbUsers{{8661, {"alice"}}};
+    EXPECT_EQ(UsersOf({kFirst}), openers_);
 }
 
 }  // namespace

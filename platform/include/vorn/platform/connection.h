@@ -54,8 +54,8 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  * - Processes: every process that holds the socket of a client (/proc/<pid>/fd), however many
  *   share it. With no client nothing is searched. Otherwise each process is searched at its 16
  *   lowest descriptors, and the file servers known by their executable, whatever its folder, to
- *   the end of their table: sshd, dropbear, smbd, vsftpd, proftpd, pure-ftpd, rsync and afpd as
- *   far as their one client, nginx, apache2, httpd, lighttpd, caddy and ganesha.nfsd as far as a
+ *   the end of their table: sshd, dropbear, vsftpd, proftpd, pure-ftpd, rsync and afpd as far
+ *   as their one client, smbd, nginx, apache2, httpd, lighttpd, caddy and ganesha.nfsd as far as a
  *   second host, like any other that has a client among the lowest. A server of another name that
  *   keeps all its clients' sockets further up is not found.
  * - Host: the peer's address as a number, never a name; IPv4 dotted also on an IPv6 socket, IPv6
@@ -74,10 +74,12 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  *   Of dropbear, which tells the kernel of no login: the real user of the processes that it has
  *   started, once there are any; "unknown" where those have several, or run a program that may have
  *   changed it. Detached processes have no connection.
- * - SMB (smbd): the user with an authenticated session on the connection, as /usr/bin/smbstatus
- *   tells; "unknown" with several, and while there is none or smbstatus cannot tell. The answer is
- *   remembered for 60 s; smbstatus runs, at most once a call and for 2 s, when an smbd is not in
- *   it, and not for 10 s after it failed.
+ * - SMB (smbd): the user with authenticated sessions on the connection, as /usr/bin/smbstatus
+ *   tells; of several the one as whom all its open files were opened; else "unknown", as while
+ *   there is none or smbstatus cannot tell. Of several channels of one user the host is the address
+ *   of that at the lowest descriptor. The answer is remembered for 60 s, but for whose the
+ *   open files are; smbstatus runs, once a call for either and for 2 s at most, when an smbd is not
+ *   in it or has several users, and not for 10 s after it failed.
  *
  * What vanishes meanwhile is skipped. A source that cannot be had costs its own facts and one line
  * in the system log: without any list of sockets there is no record.
