@@ -3,6 +3,7 @@
 import os
 import shutil
 import socket
+import struct
 import subprocess
 import sys
 import unittest
@@ -96,10 +97,19 @@ class OtherServers(unittest.TestCase):
         self.ask("::1", "/volume1/share/six", "::1")
         self.assertEqual(open_files().client("/volume1/share/six")[1:], ("::1", "alice"))
 
+    def test_a_client_that_has_closed_its_half_is_still_shown(self):
+        self.serve()
+        client = self.ask("127.0.0.10", "/volume1/share/half-closed")
+        client.shutdown(socket.SHUT_WR)
+        self.assertEqual(open_files().client("/volume1/share/half-closed")[1:],
+                         ("127.0.0.10", "alice"))
+
     def test_a_client_that_has_left_is_not_shown(self):
         self.serve()
         client = self.ask("127.0.0.7", "/volume1/share/left")
         self.assertEqual(open_files().client("/volume1/share/left")[1], "127.0.0.7")
+        # A reset: this server would never see the end of what the client says.
+        client.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
         client.close()
         self.assertEqual(open_files().client("/volume1/share/left")[1:], UNKNOWN)
 

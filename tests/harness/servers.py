@@ -21,11 +21,11 @@ def listening(port):
 
 
 def connected(port, peer):
-    """Whether a TCP connection from an IPv4 address to a local port is established."""
+    """Whether a TCP connection from an IPv4 address to a local port is established, or half closed."""
     peer_hex = "".join(f"{int(part):02X}" for part in reversed(peer.split(".")))
     with open("/proc/net/tcp", encoding="ascii") as file:
         lines = [line.split() for line in list(file)[1:]]
-    return any(fields[3] == "01" and int(fields[1].rpartition(":")[2], 16) == port
+    return any(fields[3] in ("01", "08") and int(fields[1].rpartition(":")[2], 16) == port
                and fields[2].startswith(peer_hex) for fields in lines)
 
 

@@ -58,10 +58,17 @@ std::optional<Endpoint> ParseEndpoint(std::string_view text) {
 
 TcpState ToState(unsigned state) {
     constexpr unsigned kEstablished = 0x01;
+    constexpr unsigned kCloseWait = 0x08;
     constexpr unsigned kListen = 0x0A;
-    return state == kEstablished ? TcpState::kEstablished
-           : state == kListen    ? TcpState::kListen
-                                 : TcpState::kOther;
+    switch (state) {
+        case kEstablished:
+        case kCloseWait:
+            return TcpState::kEstablished;
+        case kListen:
+            return TcpState::kListen;
+        default:
+            return TcpState::kOther;
+    }
 }
 
 }  // namespace

@@ -37,6 +37,7 @@ IpAddress ToAddress(std::uint8_t family, const __be32 (&words)[4]) {
 TcpState ToState(std::uint8_t state) {
     switch (state) {
         case TCP_ESTABLISHED:
+        case TCP_CLOSE_WAIT:
             return TcpState::kEstablished;
         case TCP_LISTEN:
             return TcpState::kListen;
@@ -97,7 +98,7 @@ void SendRequest(const mnl_socket* netlink, std::uint8_t family) {
     inet_diag_req_v2 request{};
     request.sdiag_family = family;
     request.sdiag_protocol = IPPROTO_TCP;
-    request.idiag_states = (1U << TCP_ESTABLISHED) | (1U << TCP_LISTEN);
+    request.idiag_states = (1U << TCP_ESTABLISHED) | (1U << TCP_CLOSE_WAIT) | (1U << TCP_LISTEN);
     std::memcpy(mnl_nlmsg_put_extra_header(header, sizeof(request)), &request, sizeof(request));
     if (mnl_socket_sendto(netlink, header, header->nlmsg_len) < 0) {
         throw HostError(errno);

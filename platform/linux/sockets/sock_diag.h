@@ -27,8 +27,8 @@ struct SocketDump {
 DumpState ParseDiagMessages(const void* buffer, std::size_t size, SocketDump& dump);
 
 /**
- * The listening and the established TCP sockets, IPv4 and IPv6, of this process's network namespace
- * (sock_diag over netlink).
+ * The listening and the established TCP sockets, also those that their peers have half closed, IPv4
+ * and IPv6, of this process's network namespace (sock_diag over netlink).
  *
  * @throw HostError  when the kernel doesn't answer for both families; EPROTO when it refuses to
  */

@@ -12,7 +12,11 @@ namespace vornplatform {
 /** An address in network order; IPv4 in its mapped form, ::ffff:a.b.c.d. */
 using IpAddress = std::array<std::uint8_t, 16>;
 
-enum class TcpState { kEstablished, kListen, kOther };
+enum class TcpState {
+    kEstablished, /**< both ends may send, or the peer has said that it will not any more */
+    kListen,
+    kOther
+};
 
 /** A TCP socket of this host, as the kernel lists it. */
 struct TcpSocket {

@@ -1,6 +1,7 @@
 #include "vorn/platform/connection.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -115,6 +116,15 @@ TEST(Connections, AreNoClientsOnceNobodyListensOnThePort) {
         EXPECT_EQ(SeenOf(getpid()).size(), 1U);
         listener.Close();
         EXPECT_EQ(SeenOf(getpid()), List());
+    });
+}
+
+TEST(Connections, GoOnWhenTheClientHasClosedItsHalf) {
+    InPrivateNetwork([] {
+        const Listener listener("127.0.0.1");
+        ServedClient client(listener, "127.0.0.2");
+        ASSERT_EQ(shutdown(client.Client().Get(), SHUT_WR), 0);
+        EXPECT_EQ(SeenOf(getpid()), (List{{"127.0.0.2", NameOf(0)}}));
     });
 }
 

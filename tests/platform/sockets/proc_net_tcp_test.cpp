@@ -45,7 +45,7 @@ TEST(ProcNetTcp, TellsTheStatesApart) {
         const char* state;
         TcpState expected;
     } rows[] = {{"01", TcpState::kEstablished}, {"0A", TcpState::kListen},
-                {"06", TcpState::kOther},       {"08", TcpState::kOther},
+                {"06", TcpState::kOther},       {"08", TcpState::kEstablished},
                 {"10", TcpState::kOther},       {"FF", TcpState::kOther}};
     for (const auto& row : rows) {
         std::string line = kEstablished;

@@ -46,8 +46,9 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  *
  * What the stand-in for Linux knows, and from where:
  *
- * - Connections: TCP over IPv4 and IPv6, established, with a local port that is also listened on
- *   (sock_diag over netlink, else /proc/net/tcp and /proc/net/tcp6), in the network namespace of
+ * - Connections: TCP over IPv4 and IPv6, established, also where the client has closed its half of
+ *   the connection, with a local port that is also listened on (sock_diag over netlink, else
+ *   /proc/net/tcp and /proc/net/tcp6), in the network namespace of
  *   the caller. Not seen are other namespaces, other protocols, servers inside the kernel, and a
  *   server that stops listening once it has its client; but an SSH session of a server of root's
  *   goes on being one while that is stopped, or listens elsewhere since.
