@@ -3,7 +3,7 @@
 #
 #   scripts/install-deps.sh [GROUP...]
 #
-# Groups: build, run, test, e2e, bench. Without a group: all.
+# Groups: build, run, test, e2e, bench, vm. Without a group: all but vm.
 #
 # Needs root or sudo when something is missing, nothing otherwise: a second run touches neither
 # network nor disk. Servers that the end-to-end tests start for themselves are installed, but not
@@ -91,6 +91,18 @@ packages[bench]='
     valgrind
 '
 
+# Machines of one's own (scripts/vm.sh).
+packages[vm]='
+    btrfs-progs
+    debootstrap
+    e2fsprogs
+    iproute2
+    openssh-client
+    qemu-system-x86
+    qemu-utils
+    util-linux
+'
+
 policy=/usr/sbin/policy-rc.d
 
 fail() {
@@ -141,7 +153,7 @@ apt_get() {
         apt-get --quiet --yes -o DPkg::Lock::Timeout=600 "$@"
 }
 
-[[ $# -gt 0 ]] || set -- "${!packages[@]}"
+[[ $# -gt 0 ]] || set -- build run test e2e bench
 listed=$(packages_of "$@")
 mapfile -t wanted < <(missing <<<"$listed")
 if [[ ${#wanted[@]} -eq 0 ]]; then
