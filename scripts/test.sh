@@ -19,6 +19,10 @@
 #   fuzz      every fuzz target for two seconds (fuzz/run.sh runs them for longer)
 #   coverage  lines and branches of library, stand-in and command that their tests reach
 #
+# One more runs only where it is named:
+#
+#   vm        real clients on real hosts, Debian 12 and 13 in virtual machines (tests/vm/run.sh)
+#
 # Run as root, no test may be skipped: what a test misses, "install" has to bring.
 set -euo pipefail
 
@@ -105,6 +109,11 @@ phase_coverage() {
     require_lines src 100
     require_lines platform/linux 93
     require_lines cli 94
+}
+
+phase_vm() {
+    quietly tests/vm/run.sh bookworm
+    quietly tests/vm/run.sh trixie
 }
 
 # --- What they are made of -----------------------------------------------------------------------
