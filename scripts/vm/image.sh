@@ -8,7 +8,7 @@
 #   - vmlinuz, initrd.img: Debian's own kernel
 #   - key: lets in as root, alice and bob; the machine's root has it too
 #   - known_hosts: the machine's key, by the name vorn-vm
-#   - packages.log: what debootstrap and apt have said
+#   - build.log: what debootstrap, apt and others have said
 #
 # In the machine: sshd, smbd and the daemon of rsync with the shares photo (/volume1/photo) and
 # projects (/volume2/projects), vsftpd; their clients; what the project needs to run, but neither
@@ -34,6 +34,7 @@ packages=(
     procps
     systemd-sysv
     udev
+    zstd
     # servers
     openssh-server
     prometheus-node-exporter
@@ -181,14 +182,19 @@ make_disk() {
 
 build() {
     # shellcheck disable=SC2086 # several packages
-    "$scripts/tree.sh" make "$release" "$root" "${packages[@]}" ${libraries[$release]} \
-        >"$target/packages.log" 2>&1 || fail "$(tail -n 20 "$target/packages.log")"
+    "$scripts/tree.sh" make "$release" "$root" "${packages[@]}" ${libraries[$release]}
     set_up_system
     set_up_readiness
     set_up_users
     set_up_servers
     make_volumes
     make_disk
+}
+
+clean_up() {
+    local status=$?
+    [[ $status -eq 0 ]] || tail -n 20 "$target/build.log" >&"$errors"
+    rm -rf --one-file-system "$target"
 }
 
 [[ $# -eq 2 ]] || fail "usage: $0 RELEASE FOLDER" 2
@@ -199,7 +205,8 @@ release=$1 finished=$2
 
 target=$(mktemp --directory "$finished.XXXXXX")
 root=$target/root
-trap 'rm -rf --one-file-system "$target"' EXIT
+exec {errors}>&2 >"$target/build.log" 2>&1
+trap clean_up EXIT
 trap 'exit 1' HUP INT TERM
 build
 chmod 0755 "$target"

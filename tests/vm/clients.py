@@ -88,9 +88,10 @@ class SshCommand(Client):
     command = "exec 9>{path}; echo ready; read -r _"
 
     def begin(self, ends):
-        ends.enter_context(Announced(
+        announced = Announced(
             ["ssh", *SSH, "-o", f"BindAddress={self.host}", "-o", f"RequestTTY={self.terminal}",
-             f"{self.user}@127.0.0.1", self.command.format(path=self.path)]))
+             f"{self.user}@127.0.0.1", self.command.format(path=self.path)])
+        ends.callback(stop, announced.process)  # A terminal has no end of its input.
 
 
 class SshTerminal(SshCommand):
