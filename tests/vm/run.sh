@@ -26,7 +26,7 @@ run_tests() { # [TEST...]
     vm put "$project/tests/harness" "$project/tests/vm" "$tests"
     vm run systemd-run --quiet --collect --wait --pipe --working-directory="$tests/vm" \
         --setenv=PYTHONPATH="$tests" --setenv=PYTHONDONTWRITEBYTECODE=1 \
-        /usr/bin/python3 -m unittest --verbose "$@"
+        /usr/bin/python3 -m unittest "$@" --verbose
 }
 
 [[ $# -ge 1 ]] || {
