@@ -8,7 +8,7 @@
 namespace cli {
 
 std::unique_ptr<RecordWriter> MakeWriter(const Presentation& presentation, const Document& document,
-                                   const Terminal& terminal, Output& output) {
+                                         const Terminal& terminal, Output& output) {
     switch (presentation.format) {
         case Format::kJson:
             return std::make_unique<JsonWriter>(document, output);

@@ -62,7 +62,7 @@ struct Document {
 
 /** The writer of a format; document's texts and output must outlive it. */
 std::unique_ptr<RecordWriter> MakeWriter(const Presentation& presentation, const Document& document,
-                                   const Terminal& terminal, Output& output);
+                                         const Terminal& terminal, Output& output);
 
 }  // namespace cli
 
