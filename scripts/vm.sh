@@ -21,7 +21,7 @@
 #
 # systemd is PID 1 with control groups v2 alone, as Debian has it, and the kernel is Debian's own.
 # The machine has no network but what this host forwards from a free port of its loopback to sshd.
-# It runs with KVM where that works, else emulated, ten times slower.
+# It runs with KVM where that works, else emulated, which is slow.
 #
 # Images are kept in VORN_VM_CACHE (${XDG_CACHE_HOME:-/var/cache}/vorn-vm), a folder a release, and
 # built anew when what makes them in scripts/vm/ has changed. What belongs to a machine lies in VORN_VM_RUN
