@@ -6,7 +6,8 @@
  * The records of a snapshot as rows.
  */
 
-#include <functional>
+#include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "cli/answer/formats/writer.h"
