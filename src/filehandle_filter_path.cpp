@@ -1,6 +1,5 @@
+// SPDX-License-Identifier: MIT
 #include <syslog.h>
-
-#include <boost/filesystem/path.hpp>
 
 #include "src/filehandle_internal.h"
 #include "src/prefix_set.h"
@@ -113,7 +112,7 @@ int CompleteRecord(OpenedFile& file, int enumby, std::string& path) {
         syslog(LOG_ERR, "%s:%d Failed to set path for opened file", kSource, 170);
         return -1;
     }
-    if (file.setFilename(boost::filesystem::path(fullPath).filename().native()) < 0) {
+    if (file.setFilename(std::string(FileName(fullPath))) < 0) {
         syslog(LOG_ERR, "%s:%d Failed to set filename for opened file", kSource, 174);
         return -1;
     }
@@ -121,6 +120,19 @@ int CompleteRecord(OpenedFile& file, int enumby, std::string& path) {
 }
 
 }  // namespace
+
+std::string_view FileName(std::string_view path) {
+    const size_t last = path.rfind('/');
+    if (last == std::string_view::npos || (last == 1 && path[0] == '/')) {
+        return path;
+    }
+    if (last + 1 < path.size()) {
+        return path.substr(last + 1);
+    }
+    const size_t separators = path.find_last_not_of('/') + 1;
+    const bool afterRootName = path.substr(0, 2) == "//" && path.find('/', 2) == separators;
+    return separators == 0 || afterRootName ? "/" : ".";
+}
 
 int FilterPath(std::list<OpenedFile>& list, int enumby) {
     StringList prefixList;

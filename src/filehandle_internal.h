@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_SRC_FILEHANDLE_INTERNAL_H
 #define VORN_SRC_FILEHANDLE_INTERNAL_H
 
@@ -69,6 +70,13 @@ private:
 
     KLIBC_SZLIST* list_;
 };
+
+/**
+ * The last element of a path: "." where it ends in a separator, and roots, "/" and "//name", as
+ * they are. The same as path::filename of Boost.Filesystem 3, whose next version answers otherwise
+ * and which as a library has another name in each release of a distribution.
+ */
+std::string_view FileName(std::string_view path);
 
 /** @name Inside filehandle_get_service_name. @{ */
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <json/value.h>
 #include <syslog.h>
 

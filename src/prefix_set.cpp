@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "src/prefix_set.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_SRC_PREFIX_SET_H
 #define VORN_SRC_PREFIX_SET_H
 

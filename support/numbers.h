@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_SUPPORT_NUMBERS_H
 #define VORN_SUPPORT_NUMBERS_H
 

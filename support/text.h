@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_SUPPORT_TEXT_H
 #define VORN_SUPPORT_TEXT_H
 
@@ -57,6 +58,16 @@ inline std::string_view TakeUntil(std::string_view& text, char separator) {
     const std::string_view part = text.substr(0, end);
     text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     return part;
+}
+
+/** Whether a list such as "none,name=systemd" has a part. */
+inline bool HasPart(std::string_view list, std::string_view wanted) {
+    while (!list.empty()) {
+        if (TakeUntil(list, ',') == wanted) {
+            return true;
+        }
+    }
+    return false;
 }
 
 /** Takes the first line off a text and returns it without its newline. */

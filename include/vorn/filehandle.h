@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_FILEHANDLE_H
 #define VORN_FILEHANDLE_H
 

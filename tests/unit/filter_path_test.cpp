@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/unit/support/filter_test.h"
 #include "tests/unit/support/scripted_lists.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <algorithm>
 #include <boost/lexical_cast.hpp>
 #include <new>

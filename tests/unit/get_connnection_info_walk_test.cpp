@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/unit/support/connection_test.h"
 
 using ::testing::Each;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/unit/support/service_names_test.h"
 
 using namespace VORN::FileHandle;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <type_traits>
 
 #include "tests/unit/support/full_record.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <boost/exception/exception.hpp>
 #include <locale>
 #include <new>

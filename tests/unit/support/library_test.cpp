@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/unit/support/library_test.h"
 
 #include <sys/wait.h>

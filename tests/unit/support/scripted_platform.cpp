@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/unit/support/scripted_platform.h"
 
 #include <gtest/gtest.h>

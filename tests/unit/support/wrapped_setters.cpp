@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/unit/support/scripted_setters.h"
 
 #include "vorn/filehandle.h"
