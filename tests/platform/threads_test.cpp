@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -8,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/linux/support/lost_sources.h"
 #include "platform/linux/support/run_program.h"
 #include "support/owner.h"
 #include "tests/platform/support/child.h"
@@ -17,6 +19,7 @@
 #include "tests/platform/support/temp_folder.h"
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"
+#include "vorn/platform/finding.h"
 #include "vorn/platform/process.h"
 #include "vorn/platform/share.h"
 #include "vorn/platform/string_bundle.h"
@@ -137,6 +140,16 @@ TEST(Threads, ShareWhatIsRememberedOfSmbUsers) {
                 EXPECT_EQ(SeenOf(server.Pid()), (List{{"127.0.0.2", "alice"}}));
             });
         });
+    });
+}
+
+TEST(Threads, AskWhatAnswersLackAtOnce) {
+    InThreads([](int thread) {
+        vornplatform::NoteLost(vornplatform::Source::kSockets, std::to_string(thread), "");
+        VORN_FINDING* findings = nullptr;
+        EXPECT_GE(VORNFindingGet(VORN_FINDINGS_OF_ANSWERS, &findings), 0);
+        std::free(findings);
+        vornplatform::NoteWell(vornplatform::Source::kSockets);
     });
 }
 

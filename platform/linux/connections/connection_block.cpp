@@ -1,10 +1,12 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/connections/connection_block.h"
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <new>
 #include <tuple>
+
+#include "support/put_text.h"
 
 namespace vornplatform {
 namespace {
@@ -15,14 +17,6 @@ std::size_t BlockSize(const std::vector<Connection>& connections) {
         size += connection.host.size() + 1 + connection.user.size() + 1;
     }
     return size;
-}
-
-/** Copies a text to the given place, which moves behind it. */
-const char* PutText(char*& place, const std::string& text) {
-    const char* begin = place;
-    std::memcpy(place, text.c_str(), text.size() + 1);
-    place += text.size() + 1;
-    return begin;
 }
 
 }  // namespace
@@ -56,8 +50,8 @@ ConnectionBlock BuildBlock(const std::vector<Connection>& connections) {
     char* text = reinterpret_cast<char*>(record + connections.size());
     for (const Connection& connection : connections) {
         record->pid = connection.pid;
-        record->szHost = PutText(text, connection.host);
-        record->szUser = PutText(text, connection.user);
+        record->szHost = support::PutText(text, connection.host);
+        record->szUser = support::PutText(text, connection.user);
         record->type = connection.type;
         ++record;
     }

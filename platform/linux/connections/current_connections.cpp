@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <syslog.h>
 
 #include <exception>
@@ -17,6 +18,7 @@
 #include "platform/linux/sockets/socket_holder.h"
 #include "platform/linux/support/fault.h"
 #include "platform/linux/support/host_error.h"
+#include "platform/linux/support/lost_sources.h"
 #include "vorn/platform/connection.h"
 
 namespace vornplatform {
@@ -43,14 +45,24 @@ std::optional<std::vector<TcpSocket>> ReadSockets() {
 ClientSockets ReadClientSockets() {
     const auto sockets = ReadSockets();
     if (!sockets) {
-        Log(LOG_WARNING, kSource, __LINE__,
-            "Neither sock_diag nor /proc/net/tcp is available: no connection is known");
+        const std::string said =
+            "Neither sock_diag nor /proc/net/tcp is available: no connection is known";
+        Log(LOG_WARNING, kSource, __LINE__, said);
+        NoteLost(Source::kSockets, said, "give the command the host's /proc and its network");
         return {};
     }
+    NoteWell(Source::kSockets);
     return SelectClientSockets(*sockets);
 }
 
-/** What SMB servers told earlier; the one state that outlives a call. */
+/** What earlier searches of all descriptors have told outlives the call. */
+std::vector<SocketHolder> HoldersOf(const ClientSockets& sockets,
+                                    const std::vector<pid_t>& processes) {
+    static SearchMemory memory;
+    return FindSocketHolders(processes, sockets, ReadClientSockets, memory);
+}
+
+/** What SMB servers told earlier outlives the call. */
 SmbAnswer UsersOfSmbServers(const std::vector<SmbServer>& servers) {
     static std::mutex mutex;
     static SmbUserMemory memory([](SmbQuestion question) { return AskSmbStatus(question); });
@@ -64,7 +76,7 @@ std::vector<Connection> ReadConnections() {
         return {};
     }
     const std::vector<pid_t> processes = ListProcesses();
-    const std::vector<SocketHolder> holders = FindSocketHolders(processes, sockets);
+    const std::vector<SocketHolder> holders = HoldersOf(sockets, processes);
     UserDirectory directory;
     std::vector<Connection> connections = SshConnections(holders, sockets, processes, directory);
     const auto dropbear = DropbearConnections(holders, sockets, directory);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/connections/server_connections.h"
 
 #include <cstdint>

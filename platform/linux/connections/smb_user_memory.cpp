@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/connections/smb_user_memory.h"
 
 #include <algorithm>

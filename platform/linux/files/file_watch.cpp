@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/files/file_watch.h"
 
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/files/whole_file.h"
 
 #include <fcntl.h>

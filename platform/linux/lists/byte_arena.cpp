@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/lists/byte_arena.h"
 
 #include <algorithm>

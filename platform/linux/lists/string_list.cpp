@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vorn/platform/string_list.h"
 
 #include <syslog.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LINUX_PROCESSES_PROCESS_TEXT_H
 #define VORN_PLATFORM_LINUX_PROCESSES_PROCESS_TEXT_H
 
@@ -8,35 +9,15 @@
 #include <string_view>
 #include <vector>
 
+#include "support/process_text.h"
+
 namespace vornplatform {
 
-/** What /proc/<pid>/stat says of a process. */
-struct ProcessStat {
-    pid_t parent = 0;
-    std::uint64_t startTime = 0; /**< in clock ticks since boot: tells processes of one pid apart */
-};
-
-/**
- * Reads the text of /proc/<pid>/stat. The name of the process stands in brackets and may itself
- * hold brackets, blanks and newlines; the fields begin after the last closing bracket.
- */
-std::optional<ProcessStat> ParseProcessStat(std::string_view text);
-
-/** The users that a process runs as. */
-struct ProcessUsers {
-    uid_t real = 0;
-    uid_t effective = 0;
-};
-
-/** Reads the user ids from the text of /proc/<pid>/status. */
-std::optional<ProcessUsers> ParseProcessUsers(std::string_view text);
-
-/**
- * Reads the text of /proc/<pid>/loginuid or /proc/<pid>/sessionid.
- *
- * @return nothing also for 4294967295, by which the kernel says that none is set
- */
-std::optional<std::uint32_t> ParseAuditId(std::string_view text);
+using support::ParseAuditId;
+using support::ParseProcessStat;
+using support::ParseProcessUsers;
+using support::ProcessStat;
+using support::ProcessUsers;
 
 /**
  * Reads the text of /proc/<pid>/task/<tid>/children, each pid with a blank behind it; one that the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/shares/exported_shares.h"
 
 #include <syslog.h>
@@ -38,7 +39,7 @@ constexpr size_t kMaxIncludes = 1000;
 
 void NoteFailure(ExportedShares& result, int line, const std::string& text) {
     Log(LOG_WARNING, kSource, line, text);
-    result.complete = false;
+    result.losses.push_back(text);
 }
 
 /** The names in a folder, sorted; none for a folder that this caller may not list. */
@@ -91,9 +92,8 @@ std::optional<SambaDump> AskTestparm(ExportedShares& result) {
     // Its exit status is 1 also for a configuration that it merely finds fault with.
     if (answer.end != ProgramEnd::kExited && answer.end != ProgramEnd::kUnknown) {
         NoteFailure(result, __LINE__,
-                    "testparm failed (end " + std::to_string(static_cast<int>(answer.end)) +
-                        ", status " + std::to_string(answer.status) +
-                        "), so Samba's shares are left out");
+                    "testparm " + DescribeEnd(answer, kTestparmLimits) +
+                        ", so Samba's shares are left out");
         return std::nullopt;
     }
     std::optional<SambaDump> dump = ParseSambaDump(answer.output);

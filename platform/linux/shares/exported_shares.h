@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LINUX_SHARES_EXPORTED_SHARES_H
 #define VORN_PLATFORM_LINUX_SHARES_EXPORTED_SHARES_H
 
@@ -9,12 +10,13 @@
 namespace vornplatform {
 
 struct ExportedShares {
-    std::vector<Share> shares; /**< Samba's, its users', then NFS's */
+    std::vector<Share> shares; /**< Samba's, its users', then NFS's; paths as they are written */
     FileWatch watch;           /**< the files that this came from */
-    bool complete = true;      /**< false when a source failed; it has been logged */
+    /** Why sources failed, a sentence each; they have been logged. */
+    std::vector<std::string> losses;
 };
 
-/** Reads what this host's file servers export below a volume. May run testparm for up to 2 s. */
+/** Reads what this host's file servers export. May run testparm for up to 2 s. */
 ExportedShares ReadExportedShares();
 
 }  // namespace vornplatform

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/shares/nfs_exports.h"
 
 #include <string>
@@ -62,9 +63,9 @@ std::vector<Share> ParseExports(std::string_view text) {
         if (line.empty() || line.front() == '#') {
             continue;
         }
-        std::string path = SharePath(FirstField(line));
+        std::string path = WrittenPath(FirstField(line));
         if (!path.empty()) {
-            shares.push_back({path.substr(path.rfind('/') + 1), std::move(path)});
+            shares.push_back({path.substr(path.rfind('/') + 1), std::move(path), "NFS"});
         }
     }
     return shares;

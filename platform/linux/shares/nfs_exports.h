@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LINUX_SHARES_NFS_EXPORTS_H
 #define VORN_PLATFORM_LINUX_SHARES_NFS_EXPORTS_H
 
@@ -9,8 +10,8 @@
 namespace vornplatform {
 
 /**
- * The folders on volumes that a text in the form of exports(5) exports, named by the last element
- * of their path. Understands comments, continued lines, quotes and octal escapes.
+ * The folders that a text in the form of exports(5) exports, named by the last element of their
+ * path as it is written. Understands comments, continued lines, quotes and octal escapes.
  */
 std::vector<Share> ParseExports(std::string_view text);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/shares/samba_dump.h"
 
 #include <algorithm>
@@ -58,9 +59,9 @@ bool IsReserved(const std::string& section) {
 }
 
 void Keep(Section& section, SambaDump& dump) {
-    std::string path = SharePath(section.path);
+    std::string path = WrittenPath(section.path);
     if (!path.empty() && !section.printable && section.available && !IsReserved(section.name)) {
-        dump.shares.push_back({section.name, std::move(path)});
+        dump.shares.push_back({section.name, std::move(path), "Samba"});
     }
 }
 
@@ -140,12 +141,12 @@ std::optional<Share> ParseUsershare(std::string_view fileName, std::string_view 
     if (version != "#VERSION 1" && version != "#VERSION 2") {
         return std::nullopt;
     }
-    Share share{std::string(fileName), std::string()};
+    Share share{std::string(fileName), std::string(), "Samba"};
     while (!text.empty()) {
         std::string_view line = support::TakeLine(text);
         support::ConsumeSuffix(line, "\r");
         if (support::ConsumePrefix(line, "path=")) {
-            share.path = SharePath(line);
+            share.path = WrittenPath(line);
         } else if (support::ConsumePrefix(line, "sharename=") && !line.empty()) {
             share.name = line;
         }

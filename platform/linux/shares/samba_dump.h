@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LINUX_SHARES_SAMBA_DUMP_H
 #define VORN_PLATFORM_LINUX_SHARES_SAMBA_DUMP_H
 
@@ -12,7 +13,7 @@ namespace vornplatform {
 
 /** What Samba says of its configuration. */
 struct SambaDump {
-    std::vector<Share> shares;   /**< those on a volume */
+    std::vector<Share> shares;   /**< with their paths as they are written */
     std::string usershareFolder; /**< empty where users may not add shares */
 };
 
@@ -20,7 +21,7 @@ struct SambaDump {
  * Reads what `testparm -s` prints: includes resolved, values that differ from the defaults alone.
  *
  * Left out: [homes], [printers], [print$] and other printers, shares that are not available, and
- * paths that depend on the client or lie in no volume. Nothing at all for a text without [global],
+ * paths that depend on the client. Nothing at all for a text without [global],
  * which testparm always prints, or with a zero byte, which it never does.
  */
 std::optional<SambaDump> ParseSambaDump(std::string_view text);
@@ -35,7 +36,7 @@ std::vector<std::string> IncludedFiles(std::string_view config);
  * Reads a file that `net usershare` wrote.
  *
  * @param fileName  the share's name where the file doesn't say it itself
- * @return nothing for a text in another form and for a path that lies in no volume
+ * @return nothing for a text in another form and without a path
  */
 std::optional<Share> ParseUsershare(std::string_view fileName, std::string_view text);
 

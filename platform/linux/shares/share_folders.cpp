@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/shares/share_folders.h"
 
 #include <syslog.h>
@@ -8,6 +9,7 @@
 #include "platform/linux/files/folder_names.h"
 #include "platform/linux/support/fault.h"
 #include "platform/linux/support/host_error.h"
+#include "platform/linux/support/lost_sources.h"
 #include "platform/linux/volumes/hidden_list.h"
 #include "platform/linux/volumes/volume_table.h"
 
@@ -16,17 +18,23 @@ namespace {
 
 constexpr char kSource[] = "share_folders";
 
-std::vector<std::string> FoldersOf(const std::string& volume) {
-    std::optional<std::vector<std::string>> names;
+/** Nothing for a volume that can't be listed. */
+std::optional<std::vector<std::string>> FoldersOf(const std::string& volume) {
     try {
-        names = ReadFolderNames(volume, FolderEntries::kDirectories);
+        return ReadFolderNames(volume, FolderEntries::kDirectories);
     } catch (const HostError& error) {
         PassOnShortage(error);
+        return std::nullopt;
     }
-    if (!names) {
-        Log(LOG_WARNING, kSource, __LINE__, "Failed to list the volume " + Escape(volume));
+}
+
+void NoteUnlisted(const std::string& volumes) {
+    if (volumes.empty()) {
+        NoteWell(Source::kShareFolders);
+        return;
     }
-    return names.value_or(std::vector<std::string>());
+    NoteLost(Source::kShareFolders, "the top-level folders can't be listed of" + volumes,
+             "let this command list them, or ask with --by volume");
 }
 
 }  // namespace
@@ -42,23 +50,24 @@ bool IsHiddenFolder(std::string_view name, const std::vector<std::string>& hidde
 }
 
 std::vector<Share> FolderShares() {
-    std::vector<std::string> volumes;
-    std::vector<std::string> hidden;
-    try {
-        volumes = ReadVolumes();
-        hidden = ReadHiddenList();
-    } catch (const HostError& error) {
-        PassOnShortage(error);
-        Log(LOG_WARNING, kSource, __LINE__, "Failed to read volumes or hidden directories");
-    }
+    const std::vector<std::string> volumes = ReadVolumes();
+    const std::vector<std::string> hidden = ReadHiddenList();
     std::vector<Share> shares;
+    std::string unlisted;
     for (const std::string& volume : volumes) {
-        for (const std::string& name : FoldersOf(volume)) {
+        const auto folders = FoldersOf(volume);
+        if (!folders) {
+            Log(LOG_WARNING, kSource, __LINE__, "Failed to list the volume " + Escape(volume));
+            unlisted += ' ' + Escape(volume);
+            continue;
+        }
+        for (const std::string& name : *folders) {
             if (!IsHiddenFolder(name, hidden)) {
                 shares.push_back({name, volume + "/" + name});
             }
         }
     }
+    NoteUnlisted(unlisted);
     return shares;
 }
 

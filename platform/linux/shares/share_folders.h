@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LINUX_SHARES_SHARE_FOLDERS_H
 #define VORN_PLATFORM_LINUX_SHARES_SHARE_FOLDERS_H
 
@@ -17,7 +18,9 @@ bool IsHiddenFolder(std::string_view name, const std::vector<std::string>& hidde
 
 /**
  * What a host that exports nothing shares: each top-level folder of each mounted volume that is
- * not hidden. A volume that can't be read is left out, with a log line.
+ * not hidden. A volume that can't be listed is left out, with a log line.
+ *
+ * @throw HostError  when the volumes or the hidden directories can't be read
  */
 std::vector<Share> FolderShares();
 

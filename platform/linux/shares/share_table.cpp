@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/shares/share_table.h"
 
 #include <climits>
@@ -9,13 +10,17 @@
 
 namespace vornplatform {
 
-std::string SharePath(std::string_view path) {
+std::string WrittenPath(std::string_view path) {
     const bool plain = path.size() < PATH_MAX && path.find('%') == std::string_view::npos &&
                        path.find('\0') == std::string_view::npos;
     if (!plain || path.empty() || path.front() != '/') {
         return {};
     }
-    const std::string normal = std::filesystem::path(path).lexically_normal().string();
+    return std::string(support::TrimRight(path, "/"));
+}
+
+std::string SharePath(std::string_view path) {
+    const std::string normal = std::filesystem::path(WrittenPath(path)).lexically_normal().string();
     const std::string_view place = support::TrimRight(normal, "/");
     return IsOnVolume(place) ? std::string(place) : std::string();
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LINUX_SHARES_SHARE_TABLE_H
 #define VORN_PLATFORM_LINUX_SHARES_SHARE_TABLE_H
 
@@ -12,12 +13,19 @@ namespace vornplatform {
 struct Share {
     std::string name;
     std::string path;
+    std::string server = {}; /**< who exports it, such as "NFS"; empty for a mere folder */
 };
 
 /**
- * The path of a share in the form in which the kernel names files under it: absolute, without
- * empty, "." and ".." components and trailing slashes. Empty for a path that lies in no volume,
- * depends on the client ("%") or can't be a path.
+ * The path of a share as a configuration writes it, without slashes at its end. Empty for one that
+ * is not absolute, depends on the client ("%") or can't be a path.
+ */
+std::string WrittenPath(std::string_view path);
+
+/**
+ * The path of a share in the form in which the kernel names files under it, as far as the text
+ * tells: absolute, without empty, "." and ".." components and trailing slashes. Empty for a path
+ * that lies in no volume, or that WrittenPath refuses.
  */
 std::string SharePath(std::string_view path);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sockets/proc_net_tcp.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sockets/server_kind.h"
 
 #include <algorithm>

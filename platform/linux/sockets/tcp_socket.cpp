@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sockets/tcp_socket.h"
 
 #include <arpa/inet.h>
@@ -106,12 +107,14 @@ ClientSockets SelectClientSockets(const std::vector<TcpSocket>& sockets) {
             continue;
         }
         if (socket.state == TcpState::kListen) {
-            clients.emplace(socket.inode, ClientSocket{SocketRole::kListener, {}});
+            clients.emplace(socket.inode,
+                            ClientSocket{SocketRole::kListener, {}, socket.localPort});
             continue;
         }
         const SocketRole role =
             listeners.Cover(socket) ? SocketRole::kServed : SocketRole::kUnlistened;
-        clients.emplace(socket.inode, ClientSocket{role, AddressText(socket.peer, socket.scope)});
+        clients.emplace(socket.inode, ClientSocket{role, AddressText(socket.peer, socket.scope),
+                                                   socket.localPort});
     }
     return clients;
 }

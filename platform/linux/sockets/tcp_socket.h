@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LINUX_SOCKETS_TCP_SOCKET_H
 #define VORN_PLATFORM_LINUX_SOCKETS_TCP_SOCKET_H
 
@@ -38,7 +39,8 @@ enum class SocketRole {
 /** A socket that tells something of its holder. */
 struct ClientSocket {
     SocketRole role = SocketRole::kServed;
-    std::string host; /**< the peer's address as text; empty for a listener */
+    std::string host;       /**< the peer's address as text; empty for a listener */
+    std::uint16_t port = 0; /**< its own */
 };
 
 /** By the inode number of the socket. */

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/support/fault.h"
 
 #include <syslog.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/support/run_program.h"
 
 #include <fcntl.h>
@@ -160,6 +161,25 @@ void Attend(const StartedProgram& program, support::Descriptor pipe, const Progr
 }
 
 }  // namespace
+
+std::string DescribeEnd(const ProgramResult& result, const ProgramLimits& limits) {
+    switch (result.end) {
+        case ProgramEnd::kNotStarted:
+            return result.status == ENOENT
+                       ? "is not installed"
+                       : "does not start, errno=" + std::to_string(result.status);
+        case ProgramEnd::kTimeLimit:
+            return "takes longer than " +
+                   std::to_string(std::chrono::ceil<std::chrono::seconds>(limits.time).count()) +
+                   " s";
+        case ProgramEnd::kOutputLimit:
+            return "prints too much";
+        case ProgramEnd::kSignalled:
+            return "ended by signal " + std::to_string(result.status);
+        default:
+            return "failed with status " + std::to_string(result.status);
+    }
+}
 
 ProgramResult RunProgram(const std::vector<std::string>& argv, const ProgramLimits& limits) {
     ProgramResult result;

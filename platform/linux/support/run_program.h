@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LINUX_SUPPORT_RUN_PROGRAM_H
 #define VORN_PLATFORM_LINUX_SUPPORT_RUN_PROGRAM_H
 
@@ -32,6 +33,9 @@ struct ProgramResult {
         return end == ProgramEnd::kUnknown || (end == ProgramEnd::kExited && status == 0);
     }
 };
+
+/** What became of a program that failed, to stand behind its name: "takes longer than 2 s". */
+std::string DescribeEnd(const ProgramResult& result, const ProgramLimits& limits);
 
 /**
  * Runs a program to its end or to a limit and collects its standard output.

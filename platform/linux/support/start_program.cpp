@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/support/start_program.h"
 
 #include <fcntl.h>
@@ -14,6 +15,7 @@
 #include <memory>
 
 #include "platform/linux/support/host_error.h"
+#include "support/block_signals.h"
 
 namespace vornplatform {
 namespace {
@@ -95,22 +97,6 @@ int Become(void* argument) {
     return 127;
 }
 
-/** No handler of the host program may run in a child that shares its memory. */
-class BlockSignals {
-public:
-    BlockSignals() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~BlockSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    BlockSignals(const BlockSignals&) = delete;
-    BlockSignals& operator=(const BlockSignals&) = delete;
-
-private:
-    sigset_t before_;
-};
-
 #ifdef __SANITIZE_THREAD__
 /** ThreadSanitizer takes a child for a copy. What can't be started seems to end with 127 then. */
 constexpr int kChildFlags = CLONE_VFORK | SIGCHLD;
@@ -132,7 +118,7 @@ StartedProgram StartChild(Plan& plan) {
     const auto stack = std::make_unique<Stack>();
     std::byte* const top = stack->bytes + sizeof(stack->bytes);
     int end = -1;
-    const BlockSignals blocked;
+    const support::BlockSignals blocked;
     pid_t child = clone(&Become, top, kChildFlags | CLONE_PIDFD, &plan, &end);
     if (child < 0 && IsRefusal(errno)) {
         child = clone(&Become, top, kChildFlags, &plan);

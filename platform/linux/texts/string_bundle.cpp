@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vorn/platform/string_bundle.h"
 
 #include <clocale>

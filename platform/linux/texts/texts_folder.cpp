@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/texts/texts_folder.h"
 
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/units/section_value.h"
 
 #include "support/text.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vorn/platform/hidden.h"
 
 #include <syslog.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/volumes/hidden_list.h"
 
 #include <iterator>

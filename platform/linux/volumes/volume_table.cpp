@@ -1,11 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/volumes/volume_table.h"
 
 #include <mntent.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "platform/linux/support/host_error.h"
+#include "platform/linux/support/lost_sources.h"
 #include "support/owner.h"
 #include "support/text.h"
 
@@ -13,6 +16,18 @@ namespace vornplatform {
 namespace {
 
 constexpr std::string_view kPrefix = "/volume";
+
+std::vector<std::string> ReadMountTable() {
+    const support::Owner<FILE, endmntent> table(setmntent("/proc/self/mounts", "re"));
+    if (!table) {
+        throw HostError(errno);
+    }
+    std::vector<std::string> volumes = SelectVolumes(table.get());
+    if (ferror(table.get()) != 0) {
+        throw HostError(EIO);
+    }
+    return volumes;
+}
 
 }  // namespace
 
@@ -40,15 +55,17 @@ std::vector<std::string> SelectVolumes(FILE* table) {
 }
 
 std::vector<std::string> ReadVolumes() {
-    const support::Owner<FILE, endmntent> table(setmntent("/proc/self/mounts", "re"));
-    if (!table) {
-        throw HostError(errno);
+    try {
+        std::vector<std::string> volumes = ReadMountTable();
+        NoteWell(Source::kVolumes);
+        return volumes;
+    } catch (const HostError& error) {
+        NoteLost(Source::kVolumes,
+                 std::string("the mount table (/proc/self/mounts) can't be read: ") +
+                     std::strerror(error.Error()),
+                 "mount /proc, and let this command read it");
+        throw;
     }
-    std::vector<std::string> volumes = SelectVolumes(table.get());
-    if (ferror(table.get()) != 0) {
-        throw HostError(EIO);
-    }
-    return volumes;
 }
 
 }  // namespace vornplatform

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/connections/connection_block.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "vorn/platform/connection.h"
 
 #include <gtest/gtest.h>
@@ -140,7 +141,7 @@ TEST(Connections, EndWithTheirProcess) {
     });
 }
 
-TEST(Connections, AreFoundAtAnyDescriptorOfAKnownServerAlone) {
+TEST(Connections, AreFoundAtAnyDescriptor) {
     InPrivateNetwork([] {
         const TempFolder folder;
         const Listener listener("127.0.0.1");
@@ -154,7 +155,7 @@ TEST(Connections, AreFoundAtAnyDescriptorOfAKnownServerAlone) {
             {"nginx", 200, {{"127.0.0.2", NameOf(0)}}},
             {"ganesha.nfsd", 200, {{"127.0.0.2", "unknown"}}},
             {"unheardof", 3, {{"127.0.0.2", NameOf(0)}}},
-            {"unheardof", 200, {}},
+            {"unheardof", 200, {{"127.0.0.2", NameOf(0)}}},
         };
         for (const auto& row : rows) {
             ServedClient client(listener, "127.0.0.2");

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/connections/dropbear_login.h"
 
 #include <gtest/gtest.h>

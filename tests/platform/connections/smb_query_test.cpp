@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/connections/smb_query.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/files/folder_names.h"
 
 #include <gmock/gmock.h>

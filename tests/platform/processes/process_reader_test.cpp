@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/processes/process_reader.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -13,6 +14,7 @@
 #include "platform/linux/shares/nfs_exports.h"
 #include "platform/linux/shares/samba_dump.h"
 #include "platform/linux/shares/share_table.h"
+#include "platform/linux/support/lost_sources.h"
 #include "tests/platform/support/log_capture.h"
 #include "tests/platform/support/private_root.h"
 #include "tests/platform/support/scripted_calls.h"
@@ -106,7 +108,7 @@ TEST(ShareTable, KeepsBothSharesOfOneNameUnderDistinctNames) {
     EXPECT_EQ(table.Find("b"), nullptr);
 }
 
-TEST(SambaDump, GivesTheSharesThatLieOnAVolume) {
+TEST(SambaDump, GivesTheSharesWithTheirPathsAsTheyAreWritten) {
     const auto dump = vornplatform::ParseSambaDump(
         "# Global parameters\n[global]\n\tserver role = standalone server\n\n"
         "[homes]\n\tpath = /volume1/homes\n[printers]\n\tpath = /volume1/spool\n"
@@ -117,7 +119,8 @@ TEST(SambaDump, GivesTheSharesThatLieOnAVolume) {
         "[root]\n\tpath = /volume2");
     ASSERT_TRUE(dump);
     EXPECT_THAT(ToPairs(dump->shares),
-                ElementsAre(Pair("My Photos", "/volume1/my photos"), Pair("root", "/volume2")));
+                ElementsAre(Pair("srv", "/srv/x"), Pair("My Photos", "/volume1/my photos"),
+                            Pair("root", "/volume2")));
     EXPECT_EQ(dump->usershareFolder, "/var/lib/samba/usershares");
 }
 
@@ -161,12 +164,12 @@ TEST(Usershare, IsReadFromItsFile) {
     ASSERT_TRUE(second);
     EXPECT_EQ(second->name, "Pub");
     for (const char* text : {"", "path=/volume1/a\n", "#VERSION 9\npath=/volume1/a\n",
-                             "#VERSION 2\npath=/srv/a\n", "#VERSION 2\n"}) {
+                             "#VERSION 2\npath=%U\n", "#VERSION 2\n"}) {
         EXPECT_FALSE(vornplatform::ParseUsershare("a", text)) << text;
     }
 }
 
-TEST(NfsExports, GiveTheFoldersOnVolumesNamedByTheirLastElement) {
+TEST(NfsExports, GiveFoldersNamedByTheirLastElement) {
     EXPECT_THAT(
         ToPairs(vornplatform::ParseExports(
             "# /volume1/no *(rw)\n\n/volume1/a *(rw)\n  /volume1/b/\t10.0.0.0/8(ro)\n"
@@ -175,8 +178,8 @@ TEST(NfsExports, GiveTheFoldersOnVolumesNamedByTheirLastElement) {
             "/volume1/back\\9slash *\n/volume1/\\000nul *\n/volume1/last \\")),
         ElementsAre(Pair("a", "/volume1/a"), Pair("b", "/volume1/b"),
                     Pair("with blank", "/volume1/with blank"), Pair("oct al", "/volume1/oct al"),
-                    Pair("volume2", "/volume2"), Pair("alone", "/volume1/alone"),
-                    Pair("has#hash", "/volume1/has#hash"),
+                    Pair("x", "/srv/x"), Pair("volume2", "/volume2"),
+                    Pair("alone", "/volume1/alone"), Pair("has#hash", "/volume1/has#hash"),
                     Pair("back\\9slash", "/volume1/back\\9slash"), Pair("last", "/volume1/last")));
 }
 
@@ -240,6 +243,51 @@ TEST(Shares, AreReadFromNfsFilesAndFollowTheirChanges) {
                     ElementsAre(Pair("path", "/volume1/longer/path"), Pair("a", "/volume2/a")));
         WriteFile("/etc/exports.d/y.exports", "/volume2/y *\n");
         EXPECT_EQ(ListedShares().size(), 3U);
+    });
+}
+
+TEST(Shares, LieWhereTheirLinksLeadAndFollowThem) {
+    SKIP_WITHOUT_MOUNTS();
+    InPrivateRoot([] {
+        for (const char* folder : {"/volume1/data/photo", "/volume2/music", "/srv/local"}) {
+            MakeFolder(folder);
+        }
+        ASSERT_EQ(symlink("data/photo", "/volume1/photo"), 0);
+        ASSERT_EQ(symlink("/volume1/photo", "/srv/photo"), 0);
+        ASSERT_EQ(symlink("/srv/local", "/volume1/local"), 0);
+        ASSERT_EQ(symlink("/volume2", "/srv/two"), 0);
+        WriteFile("/etc/exports",
+                  "/srv/photo *\n/volume1/photo/ *\n/volume1/local *\n/srv/two/music *\n"
+                  "/srv/two/not/there *\n/volume1/gone/x *\n/volume1/./data/../data/photo *\n");
+        EXPECT_THAT(
+            ListedShares(),
+            ElementsAre(Pair("photo", "/volume1/data/photo"),
+                        Pair("photo (2)", "/volume1/data/photo"), Pair("music", "/volume2/music"),
+                        Pair("x", "/volume1/gone/x"), Pair("photo (3)", "/volume1/data/photo")));
+        // A folder above becomes another one, and no file of the configuration has changed.
+        ASSERT_EQ(unlink("/srv/two"), 0);
+        ASSERT_EQ(symlink("/volume1/data", "/srv/two"), 0);
+        EXPECT_THAT(ListedShares(), testing::Contains(Pair("music", "/volume1/data/music")));
+        EXPECT_THAT(LoggedLines(), IsEmpty());
+    });
+}
+
+TEST(Shares, CannotBeHadWithoutAMountTable) {
+    SKIP_WITHOUT_MOUNTS();
+    InPrivateRoot([] {
+        MakeFolder("/volume1/photo");
+        ASSERT_EQ(mount("tmpfs", "/proc", "tmpfs", 0, ""), 0);
+        StringList names;
+        KLIBCErrSetEx(0, "", 0);
+        EXPECT_LT(VORNShareEnum(names.Address(), VORN_SHARE_ALL), 0);
+        EXPECT_EQ(KLIBCErrGet(), KLIBC_ERR_NOT_FOUND);
+        EXPECT_THAT(names.Texts(), IsEmpty());
+        const auto losses = vornplatform::LostSources();
+        ASSERT_EQ(losses.size(), 1U);
+        EXPECT_THAT(losses[0].text, testing::HasSubstr("mount table"));
+        ASSERT_EQ(umount("/proc"), 0);
+        EXPECT_THAT(ListedShares(), ElementsAre(Pair("photo", "/volume1/photo")));
+        EXPECT_TRUE(vornplatform::LostSources().empty());
     });
 }
 
@@ -315,6 +363,8 @@ TEST(Shares, LeaveSambaOutWithOneLogLineWhereTestparmFails) {
             EXPECT_EQ(Runs(), 1) << script;
             ASSERT_EQ(LoggedLines().size(), 1U) << script;
             EXPECT_THAT(LoggedLines()[0], testing::HasSubstr("testparm")) << script;
+            ASSERT_EQ(vornplatform::LostSources().size(), 1U) << script;
+            EXPECT_THAT(vornplatform::LostSources()[0].text, testing::HasSubstr("testparm"));
             EXPECT_EQ(LoggedLines()[0].find('\033'), std::string::npos);
         });
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sockets/sock_diag.h"
 
 #include <arpa/inet.h>

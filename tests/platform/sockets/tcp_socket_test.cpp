@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/sockets/tcp_socket.h"
 
 #include <arpa/inet.h>

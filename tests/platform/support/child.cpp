@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/support/child.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/support/log_capture.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Prints the text for the internal service from the texts in the folder given.
 #include <cstdio>
 

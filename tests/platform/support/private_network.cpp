@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/support/private_network.h"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/support/private_root.h"
 
 #include <sched.h>

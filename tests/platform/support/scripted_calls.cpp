@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/support/scripted_calls.h"
 
 #include <dirent.h>

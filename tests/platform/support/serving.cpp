@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/support/serving.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
 #include <unistd.h>
@@ -42,7 +44,11 @@ std::string MakeServer(const TempFolder& folder, const std::string& name) {
 }
 
 void BecomeServer(const std::string& program, int socket, int descriptor) {
-    dup2(socket, descriptor);
+    if (socket == descriptor) {
+        fcntl(socket, F_SETFD, 0);
+    } else {
+        dup2(socket, descriptor);
+    }
     execl(program.c_str(), program.c_str(), "infinity", nullptr);
     _exit(1);
 }

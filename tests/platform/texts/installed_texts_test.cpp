@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The texts and units that are installed with the library.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "platform/linux/texts/language_folders.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_CONNECTION_H
 #define VORN_PLATFORM_CONNECTION_H
 
@@ -55,10 +56,14 @@ VORN_PLATFORM_ASSERT(sizeof(VORN_CURCONN) == 64);
  * - Processes: every process that holds the socket of a client (/proc/<pid>/fd), however many
  *   share it. With no client nothing is searched. Otherwise each process is searched at its 16
  *   lowest descriptors, and the file servers known by their executable, whatever its folder, to
- *   the end of their table: sshd, dropbear, vsftpd, proftpd, pure-ftpd, rsync and afpd as far
- *   as their one client, smbd, nginx, apache2, httpd, lighttpd, caddy and ganesha.nfsd as far as a
- *   second host, like any other that has a client among the lowest. A server of another name that
- *   keeps all its clients' sockets further up is not found.
+ *   the end of their table: smbd, nginx, apache2, httpd, lighttpd, caddy and ganesha.nfsd, like any
+ *   other that has a client among the lowest; sshd, dropbear, vsftpd, proftpd, pure-ftpd, rsync and
+ *   afpd as far as their one client. Where a client is left whose socket nobody was seen to hold,
+ *   the whole tables of all processes are read, once, for a server that has it further up; not for
+ *   clients of the kernel's NFS server (/proc/fs/nfsd/portlist), whose sockets no process holds.
+ *   What that has told is remembered for a minute: which programs have their clients further up,
+ *   and which sockets have no process, like those of others in the kernel, or none that the caller
+ *   may see.
  * - Host: the peer's address as a number, never a name; IPv4 dotted also on an IPv6 socket, IPv6
  *   with "%" and the interface where it is link-local (without, where it is read from /proc/net).
  * - User: the effective user of the process (/proc/<pid>/status), with the exceptions below. Ids

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_LAYOUT_H
 #define VORN_PLATFORM_LAYOUT_H
 

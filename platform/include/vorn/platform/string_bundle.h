@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_PLATFORM_STRING_BUNDLE_H
 #define VORN_PLATFORM_STRING_BUNDLE_H
 
@@ -9,7 +10,7 @@
 /**
  * A named bundle of texts in the administrator's language, UTF-8.
  *
- * The stand-in reads them from <data folder>/vornfilehandle/texts/<language>/<bundle>, section
+ * The stand-in reads them from <data folder>/vornplatform1/texts/<language>/<bundle>, section
  * "Texts". The language is that of the process's LC_MESSAGES locale or, where that is "C", of the
  * first set among LANGUAGE, LC_ALL, LC_MESSAGES and LANG, which a set-user-id program ignores. A
  * key that "zh_TW" lacks is looked for in "zh", then in English, which is built in.
