@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -32,6 +34,11 @@ int Run(const cli::Options& options, cli::Gate& gate) {
             return cli::CheckCommand(options, gate);
         case cli::Command::kMetrics:
             return cli::MetricsCommand(options, gate);
+        case cli::Command::kBusy:
+        case cli::Command::kIdle:
+            return cli::BusyCommand(options, gate);
+        case cli::Command::kDisconnect:
+            return cli::DisconnectCommand(options, gate);
     }
     return cli::kFailed;
 }
@@ -71,6 +78,9 @@ int RunCommandLine(std::vector<std::string> words) {
 int main(int argc, char** argv) {
     // A reader that goes away ends the output, not the program.
     std::signal(SIGPIPE, SIG_IGN);
+    // The heaps of threads grow by a few pages otherwise, and each time all of them wait for that.
+    constexpr int kHeapGrowth = 16 << 20;
+    mallopt(M_TOP_PAD, kHeapGrowth);
     return Guarded([&] {
         cli::OpenStandardDescriptors();
         if (cli::RunsWithLentRights()) {

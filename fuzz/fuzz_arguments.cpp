@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line: one argument a line; its PATHs are looked for on a volume.
 
 #include <string>

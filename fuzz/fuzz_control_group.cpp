@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of /proc/<pid>/cgroup, and what a unit's file may say its name is.
 
 #include <algorithm>

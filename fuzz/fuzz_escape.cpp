@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any bytes as harmless text: what they become, that they come back, and how much room they take.
 
 #include <string>

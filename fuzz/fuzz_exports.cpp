@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of /etc/exports. As its reader does, without zero bytes.
 
 #include "fuzz/share_checks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The administrator's list of hidden directories.
 
 #include "fuzz/text_input.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Any bytes as JSON: valid whatever they are, the same bytes where they are UTF-8, and the bytes
 // themselves in base64 where they are not. JsonCpp reads it back.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The variables that name a language. Lines: locale, LANGUAGE, LC_ALL, LC_MESSAGES, LANG.
 
 #include <algorithm>

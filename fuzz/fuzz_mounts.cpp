@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of /proc/self/mounts.
 
 #include <algorithm>

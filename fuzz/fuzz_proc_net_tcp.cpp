@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of /proc/net/tcp and /proc/net/tcp6, up to the texts of the addresses.
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What /proc says of a process: stat, status, loginuid and links of descriptors and executables.
 
 #include <cstddef>

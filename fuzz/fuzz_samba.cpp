@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What testparm prints and smb.conf itself.
 
 #include "fuzz/share_checks.h"

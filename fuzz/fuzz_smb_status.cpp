@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What smbstatus prints.
 
 #include <cstddef>

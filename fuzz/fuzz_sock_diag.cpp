@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One buffer of netlink messages, up to the texts of the addresses.
 
 #include <cstddef>

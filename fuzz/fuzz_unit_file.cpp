@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: MIT
 // Unit files and text bundles. The first two lines name section and key, the rest is the file.
+
+#include <algorithm>
 
 #include "fuzz/text_input.h"
 #include "platform/linux/units/section_value.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file of "net usershare". As its reader does, without zero bytes.
 
 #include "fuzz/share_checks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_FUZZ_SHARE_CHECKS_H
 #define VORN_FUZZ_SHARE_CHECKS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_FUZZ_TEXT_INPUT_H
 #define VORN_FUZZ_TEXT_INPUT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_COUNTS_H
 #define VORN_CLI_ANSWER_COUNTS_H
 
@@ -10,8 +11,8 @@
 
 namespace cli {
 
-/** A bar of width columns at most, for part of the biggest count; never empty. */
-std::string Bar(size_t part, size_t biggest, size_t width, bool utf8);
+/** A bar of width columns at most, for part of the biggest count or size; never empty. */
+std::string Bar(std::uint64_t part, std::uint64_t biggest, size_t width, bool utf8);
 
 /** Writes how many records there are of each kind, up to the limit. */
 void WriteCounts(Snapshot& snapshot, const Question& question, const Presentation& presentation,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_FILES_H
 #define VORN_CLI_ANSWER_FILES_H
 
@@ -15,23 +16,28 @@
 
 namespace cli {
 
-/** What JSON always has and CSV by default: all but the time, which costs a look at each file. */
-std::vector<Column> AllColumns(bool withTime);
+/**
+ * What JSON of a schema always has and, as schema 1, CSV by default: all but the time, which costs
+ * a look at each file, and in schema 1 but the facts.
+ */
+std::vector<Column> AllColumns(bool withTime, int schema = 1);
 
 /** Columns of a format: those asked for or its own. */
 std::vector<Column> ShownColumns(const Presentation& presentation, bool withTime);
 
-std::vector<Heading> HeadingsOf(const std::vector<Column>& columns);
+/** @param schema  of JSON, which has its types; other formats have the texts of schema 1 */
+std::vector<Heading> HeadingsOf(const std::vector<Column>& columns, int schema = 1);
 
 /** Fills a row, which may be a used one. */
-void FillRow(Row& row, OpenedFile& file, const std::vector<Column>& columns, bool deleted);
+void FillRow(Row& row, OpenedFile& file, const std::vector<Column>& columns, const Known& known,
+             int schema = 1);
 
-/** Calls visit(file, deleted) for each record up to a limit. */
+/** Calls visit(file, known) for each record up to a limit. */
 template <typename Visit>
 void ForEachShown(Snapshot& snapshot, std::optional<size_t> limit, const Visit& visit) {
     size_t left = limit.value_or(snapshot.files.size());
     for (auto file = snapshot.files.begin(); file != snapshot.files.end() && left > 0; ++file) {
-        visit(*file, snapshot.IsDeleted(*file));
+        visit(*file, snapshot.About(*file));
         --left;
     }
 }

@@ -1,13 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/metrics.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <map>
 #include <vector>
 
+#include "cli/question/counts.h"
 #include "cli/text/escape.h"
 
 namespace cli {
@@ -15,7 +16,20 @@ namespace {
 
 /** Place, service and user as they are shown: what looks alike must be one series. */
 using Labels = std::array<std::string, 3>;
-using Series = std::pair<Labels, size_t>;
+
+/** What is told of the files that have labels in common. */
+struct Tally {
+    size_t files = 0;
+    SizeSum sizes;
+    SizeSum deleted;
+
+    void Add(const Tally& other) {
+        files += other.files;
+        sizes.Add(other.sizes);
+        deleted.Add(other.deleted);
+    }
+};
+using Series = std::pair<Labels, Tally>;
 
 /** Stands in every label of the series that holds what is beyond the limit. */
 constexpr const char* kRest = "(other)";
@@ -26,16 +40,17 @@ std::string LabelValue(std::string_view text) {
     return value;
 }
 
-std::vector<Series> Bounded(const std::map<Labels, size_t>& counts) {
+std::vector<Series> Bounded(const std::map<Labels, Tally>& counts) {
     std::vector<Series> series(counts.begin(), counts.end());
     if (series.size() <= kMostSeries) {
         return series;
     }
-    std::stable_sort(series.begin(), series.end(),
-                     [](const Series& a, const Series& b) { return a.second > b.second; });
-    Series rest{{kRest, kRest, kRest}, 0};
+    std::stable_sort(series.begin(), series.end(), [](const Series& a, const Series& b) {
+        return a.second.files > b.second.files;
+    });
+    Series rest{{kRest, kRest, kRest}, {}};
     for (auto each = series.begin() + kMostSeries - 1; each != series.end(); ++each) {
-        rest.second += each->second;
+        rest.second.Add(each->second);
     }
     series.resize(kMostSeries - 1);
     series.push_back(rest);
@@ -43,20 +58,62 @@ std::vector<Series> Bounded(const std::map<Labels, size_t>& counts) {
 }
 
 void AppendGauge(std::string& out, std::string_view name, std::string_view help) {
-    fmt::format_to(std::back_inserter(out), "# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
+    out += fmt::format("# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
 }
 
-void AppendFiles(std::string& out, Snapshot& snapshot, const Question& question) {
-    std::map<Labels, size_t> counts;
+std::vector<Series> SeriesOf(Snapshot& snapshot) {
+    std::map<Labels, Tally> tallies;
     for (OpenedFile& file : snapshot.files) {
-        ++counts[{LabelValue(PlaceOf(file, question.by)), LabelValue(file.getService()),
-                  LabelValue(file.getUser())}];
+        const Known known = snapshot.About(file);
+        Tally& tally = tallies[{LabelValue(PlaceOf(file)), LabelValue(file.getService()),
+                                LabelValue(file.getUser())}];
+        ++tally.files;
+        if (known.facts != nullptr) {
+            tally.sizes.Add(*known.facts);
+            if (known.deleted) {
+                tally.deleted.Add(*known.facts);
+            }
+        }
     }
+    return Bounded(tallies);
+}
+
+void AppendSample(std::string& out, std::string_view name, const Question& question,
+                  const Labels& labels, std::uint64_t value) {
+    out += fmt::format("{}{{{}=\"{}\",service=\"{}\",user=\"{}\"}} {}\n", name, ByName(question.by),
+                       labels[0], labels[1], labels[2], value);
+}
+
+/** Bytes, where anybody has asked for them. */
+void AppendSizes(std::string& out, const std::vector<Series>& series, const Question& question,
+                 Column column) {
+    const std::string name = fmt::format("vorn_openfiles_{}_bytes", ColumnName(column));
+    AppendGauge(out, name,
+                column == Column::kSize
+                    ? "Sizes of the open files, each file once."
+                    : "Space that the open files take on the volumes, each file once.");
+    for (const auto& [labels, tally] : series) {
+        AppendSample(out, name, question, labels, tally.sizes.Of(column));
+    }
+}
+
+void AppendFiles(std::string& out, Snapshot& snapshot, const Question& question,
+                 const std::vector<Column>& summed) {
+    const std::vector<Series> series = SeriesOf(snapshot);
     AppendGauge(out, "vorn_openfiles_files", "Files that processes hold open on the volumes.");
-    for (const auto& [labels, files] : Bounded(counts)) {
-        fmt::format_to(std::back_inserter(out),
-                       "vorn_openfiles_files{{{}=\"{}\",service=\"{}\",user=\"{}\"}} {}\n",
-                       ByName(question), labels[0], labels[1], labels[2], files);
+    for (const auto& [labels, tally] : series) {
+        AppendSample(out, "vorn_openfiles_files", question, labels, tally.files);
+    }
+    for (const Column column : summed) {
+        AppendSizes(out, series, question, column);
+    }
+    AppendGauge(out, "vorn_openfiles_deleted_space_bytes",
+                "Space that deleted files still take, as they are open, each file once.");
+    for (const auto& [labels, tally] : series) {
+        if (!tally.deleted.IsEmpty()) {
+            AppendSample(out, "vorn_openfiles_deleted_space_bytes", question, labels,
+                         tally.deleted.Of(Column::kSpace));
+        }
     }
 }
 
@@ -77,24 +134,17 @@ void AppendLabelValue(std::string& out, std::string_view text) {
     }
 }
 
-std::string PlaceOf(OpenedFile& file, VORN::FileHandle::ENUM_BY by) {
-    const std::string path = file.getPath();
-    // "photo/2024/a.jpg" by share, "/volume1/photo/2024/a.jpg" by volume.
-    return path.substr(0, path.find('/', by == VORN::FileHandle::ENUM_BY_VOLUME ? 1 : 0));
-}
-
-std::string MetricsText(Snapshot& snapshot, const Question& question, double seconds) {
+std::string MetricsText(Snapshot& snapshot, const Question& question,
+                        const std::vector<Column>& summed, double seconds) {
     std::string out;
-    AppendFiles(out, snapshot, question);
+    AppendFiles(out, snapshot, question, summed);
     AppendGauge(out, "vorn_openfiles_deleted_files",
                 "Files that have been deleted and still take their space, as they are open.");
-    fmt::format_to(std::back_inserter(out), "vorn_openfiles_deleted_files {}\n",
-                   snapshot.deleted.size());
-    AppendGauge(out, "vorn_openfiles_complete", "Whether every process could be examined.");
-    fmt::format_to(std::back_inserter(out), "vorn_openfiles_complete {}\n",
-                   snapshot.incompleteReason.empty() ? 1 : 0);
+    out += fmt::format("vorn_openfiles_deleted_files {}\n", snapshot.deleted.size());
+    AppendGauge(out, "vorn_openfiles_complete", "Whether nothing is missing from the files.");
+    out += fmt::format("vorn_openfiles_complete {}\n", snapshot.incompleteReason.empty() ? 1 : 0);
     AppendGauge(out, "vorn_openfiles_enumeration_seconds", "How long finding the files took.");
-    fmt::format_to(std::back_inserter(out), "vorn_openfiles_enumeration_seconds {:.6f}\n", seconds);
+    out += fmt::format("vorn_openfiles_enumeration_seconds {:.6f}\n", seconds);
     return out;
 }
 

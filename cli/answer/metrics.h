@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_METRICS_H
 #define VORN_CLI_ANSWER_METRICS_H
 
@@ -8,6 +9,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/question/snapshot.h"
 
@@ -19,11 +21,12 @@ constexpr size_t kMostSeries = 1000;
 /** Appends a label's value: escaped, and always UTF-8, as a scraper refuses everything else. */
 void AppendLabelValue(std::string& out, std::string_view text);
 
-/** The share that a record is shown under, or its volume. */
-std::string PlaceOf(OpenedFile& file, VORN::FileHandle::ENUM_BY by);
-
-/** @param seconds  how long the enumeration took */
-std::string MetricsText(Snapshot& snapshot, const Question& question, double seconds);
+/**
+ * @param summed   sizes that are told of all files, and not only of deleted ones
+ * @param seconds  how long the enumeration took
+ */
+std::string MetricsText(Snapshot& snapshot, const Question& question,
+                        const std::vector<Column>& summed, double seconds);
 
 }  // namespace cli
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/screen.h"
 
 #include <fmt/chrono.h>
@@ -30,9 +31,10 @@ Room RoomFor(size_t records, const Presentation& presentation, size_t height) {
 }
 
 std::string StatusLine(const Snapshot& snapshot, const Changes& changes, double seconds) {
-    return fmt::format("{:%H:%M:%S}  {} open, {} new, {} closed  (every {} s){}{}",
+    return fmt::format("{:%H:%M:%S}  {} open, {} new, {} closed  (every {} s){}{}{}",
                        fmt::localtime(std::time(nullptr)), snapshot.files.size(),
                        changes.first ? 0 : changes.fresh.size(), changes.closed.size(), seconds,
+                       snapshot.incompleteReason.empty() ? "" : "  incomplete",
                        snapshot.notice.empty() ? "" : "  ", snapshot.notice);
 }
 
@@ -45,9 +47,9 @@ std::string Lines(Snapshot& snapshot, const Changes& changes, const Question& qu
     Output lines(Output::kNowhere);
     TableWriter writer(presentation.header, terminal, lines);
     writer.Begin(std::move(headings));
-    ForEachShown(snapshot, shown, [&](OpenedFile& file, bool deleted) {
+    ForEachShown(snapshot, shown, [&](OpenedFile& file, const Known& known) {
         Row row;
-        FillRow(row, file, columns, deleted);
+        FillRow(row, file, columns, known);
         const bool isNew = changes.IsNew(file);
         row.cells.insert(row.cells.begin(), isNew ? "+" : "");
         row.style = isNew ? Style::kNew : row.style;
@@ -57,27 +59,37 @@ std::string Lines(Snapshot& snapshot, const Changes& changes, const Question& qu
     return std::move(lines.Text());
 }
 
-/** Over the last drawing, line by line; no newline at the end, which would scroll. */
-void DrawInPlace(std::string_view lines, Output& output) {
+}  // namespace
+
+void Frame::Draw(const std::string& lines, Output& output) {
     constexpr std::string_view kHome = "\x1B[H";
     constexpr std::string_view kClearLine = "\x1B[K";
     constexpr std::string_view kClearBelow = "\x1B[J";
+    std::string_view left = lines;
+    std::string_view drawn = drawn_;
+    const std::string_view status = support::TakeLine(left);
+    const bool statusStays = support::TakeLine(drawn) == status;
+    const bool restStays = !drawn_.empty() && drawn == left;
+    if (statusStays && restStays) {
+        return;
+    }
     std::string& text = output.Text();
     text += kHome;
-    while (!lines.empty()) {
-        text += support::TakeLine(lines);
+    text += status;
+    text += kClearLine;
+    while (!restStays && !left.empty()) {
+        // No newline at the end, which would scroll.
+        text += '\n';
+        text += support::TakeLine(left);
         text += kClearLine;
-        text += lines.empty() ? "" : "\n";
     }
-    text += kClearBelow;
-    output.Flush();
+    text += restStays ? "" : kClearBelow;
+    drawn_ = lines;
 }
-
-}  // namespace
 
 void DrawLook(Snapshot& snapshot, const Changes& changes, const Question& question,
               const Presentation& presentation, double seconds, const Terminal& terminal,
-              Output& output) {
+              Frame& frame, Output& output) {
     if (!terminal.addressable && !changes.first && !changes.Any()) {
         return;
     }
@@ -92,7 +104,8 @@ void DrawLook(Snapshot& snapshot, const Changes& changes, const Question& questi
         lines += '\n';
     }
     if (terminal.addressable) {
-        return DrawInPlace(lines, output);
+        frame.Draw(lines, output);
+        return output.Flush();
     }
     output.Text() += lines;
     output.Flush();

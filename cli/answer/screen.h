@@ -1,5 +1,8 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_SCREEN_H
 #define VORN_CLI_ANSWER_SCREEN_H
+
+#include <string>
 
 #include "cli/answer/presentation.h"
 #include "cli/process/output.h"
@@ -7,6 +10,19 @@
 #include "cli/question/changes.h"
 
 namespace cli {
+
+/** What a terminal that can be addressed shows. */
+class Frame {
+public:
+    /** Draws lines over what is there: nothing where they are the same, the first alone if only it
+     * has changed. */
+    void Draw(const std::string& lines, Output& output);
+    /** The terminal may show anything. */
+    void Forget() { drawn_.clear(); }
+
+private:
+    std::string drawn_;
+};
 
 /**
  * Draws a look for people: a line of status, then the records, new ones marked with "+". What
@@ -19,7 +35,7 @@ namespace cli {
  */
 void DrawLook(Snapshot& snapshot, const Changes& changes, const Question& question,
               const Presentation& presentation, double seconds, const Terminal& terminal,
-              Output& output);
+              Frame& frame, Output& output);
 
 }  // namespace cli
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,10 +13,10 @@
 namespace cli {
 namespace {
 
-void AppendJson(std::string& out, const std::vector<Finding>& findings, bool ready) {
-    out += "{\"schema\":";
-    out += std::to_string(kJsonSchema);
-    out += ready ? ",\"ready\":true,\"checks\":[" : ",\"ready\":false,\"checks\":[";
+void AppendJson(std::string& out, const std::vector<Finding>& findings, bool ready, int schema) {
+    out += '{';
+    AppendJsonHead(out, HeadOf(schema));
+    out += ready ? "\"ready\":true,\"checks\":[" : "\"ready\":false,\"checks\":[";
     const char* separator = "\n{";
     for (const Finding& finding : findings) {
         out += separator;
@@ -62,7 +63,7 @@ int CheckCommand(const Options& options, Gate& gate) {
     });
     Output output(STDOUT_FILENO);
     if (options.presentation.format == Format::kJson) {
-        AppendJson(output.Text(), findings, ready);
+        AppendJson(output.Text(), findings, ready, options.presentation.schema);
     } else {
         AppendPlain(output.Text(), findings, DescribeTerminal(STDOUT_FILENO).utf8);
     }

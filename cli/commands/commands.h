@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_COMMANDS_COMMANDS_H
 #define VORN_CLI_COMMANDS_COMMANDS_H
 
@@ -18,6 +19,10 @@ int WatchCommand(const Options& options, Gate& gate);
 int ServicesCommand(const Options& options);
 /** kNothingFound when something is missing that a full answer takes. */
 int CheckCommand(const Options& options, Gate& gate);
+/** busy and idle: whether something is in use, by whom and why. */
+int BusyCommand(const Options& options, Gate& gate);
+/** Ends the client connections that hold files; kFailed when some remain, or it can't be told. */
+int DisconnectCommand(const Options& options, Gate& gate);
 int MetricsCommand(const Options& options, Gate& gate);
 
 }  // namespace cli

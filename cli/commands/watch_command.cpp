@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <poll.h>
 #include <unistd.h>
 
@@ -13,6 +14,7 @@
 #include "cli/process/signals.h"
 #include "cli/process/terminal.h"
 #include "cli/question/changes.h"
+#include "cli/text/escape.h"
 
 namespace cli {
 namespace {
@@ -44,18 +46,12 @@ Wake WaitUntil(Clock::time_point next, const Signals& signals) {
     }
 }
 
-/** Of the first look; what is the same at every look is said once. */
-void Warn(const Snapshot& snapshot, const Options& options) {
-    if (!snapshot.notice.empty()) {
-        Complain(snapshot.notice);
-    }
-    if (snapshot.incompleteReason.empty()) {
-        return;
-    }
-    if (options.strict) {
-        throw Failure("incomplete: " + snapshot.incompleteReason);
-    }
-    Complain("incomplete: " + snapshot.incompleteReason);
+/** What keeps a look from being the whole truth; empty when nothing does. */
+std::string Lacks(const Snapshot& snapshot) {
+    return !snapshot.doubt.empty() ? snapshot.doubt
+           : snapshot.incompleteReason.empty()
+               ? ""
+               : "incomplete: " + Escaped(snapshot.incompleteReason, true);
 }
 
 /** Looks again and again, and shows each look. */
@@ -71,8 +67,7 @@ public:
             throw Failure("--watch draws its table on a terminal; use --format jsonl elsewhere");
         }
         Look();
-        Warn(snapshot_, options_);
-        said_ = snapshot_.notice;
+        TellNews();
         std::optional<Gate::Screen> screen;
         if (onScreen_) {
             screen.emplace(gate_);
@@ -92,32 +87,44 @@ private:
             everFound_ = true;
             gate_.TellFound();
         }
+        if (const std::string lacks = Lacks(snapshot_); options_.strict && !lacks.empty()) {
+            throw Failure(lacks);
+        }
     }
 
     /** Shows the look, on a screen anew whenever its size changes. */
     Wake ShowUntilNext() {
         const Changes changes = last_.Compare(snapshot_);
         if (!onScreen_) {
-            WriteEvents(changes, options_.question.time, output_);
+            WriteEvents(changes, options_.presentation, options_.question.time, output_);
             TellNews();
         }
         Wake wake = Wake::kResize;
         while (wake == Wake::kResize && !output_.IsClosed()) {
             if (onScreen_) {
                 DrawLook(snapshot_, changes, options_.question, options_.presentation,
-                         *options_.watchSeconds, DescribeTerminal(STDOUT_FILENO), output_);
+                         *options_.watchSeconds, DescribeTerminal(STDOUT_FILENO), frame_, output_);
             }
             wake = WaitUntil(next_, signals_);
+            if (wake == Wake::kResize) {
+                frame_.Forget();
+            }
         }
         return wake;
     }
 
-    /** A screen shows the notice itself. */
+    /** What is the same at every look is said once. A screen shows news itself. */
     void TellNews() {
         if (!snapshot_.notice.empty() && snapshot_.notice != said_) {
             Complain(snapshot_.notice);
             said_ = snapshot_.notice;
         }
+        const std::string lacks = Lacks(snapshot_);
+        // Not each time the processes behind it are others.
+        if (!lacks.empty() && !lacked_) {
+            Complain(lacks);
+        }
+        lacked_ = !lacks.empty();
     }
 
     const Options& options_;
@@ -127,10 +134,12 @@ private:
     // kept from ending or stopping this one.
     const Signals signals_{SIGTERM, SIGWINCH, SIGINT, SIGHUP, SIGTSTP};
     Output output_{STDOUT_FILENO};
+    Frame frame_;
     LastLook last_;
     Snapshot snapshot_;
     Clock::time_point next_;
     std::string said_;
+    bool lacked_ = false;
     bool everFound_ = false;
 };
 

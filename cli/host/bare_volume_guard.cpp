@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "cli/host/bare_volume_guard.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <iterator>
 #include <optional>
 
+#include "cli/host/descriptor_links.h"
 #include "support/numbers.h"
 #include "support/text.h"
 
@@ -39,17 +41,17 @@ BareVolumeGuard::~BareVolumeGuard() {
     guard = nullptr;
 }
 
-std::string BareVolumeGuard::Notice() const {
-    if (pids_.empty()) {
+std::string BareVolumeNotice(const std::set<int>& pids) {
+    if (pids.empty()) {
         return {};
     }
     // Whoever starts processes decides how many there are.
     constexpr size_t kShown = 10;
-    const auto end = std::next(pids_.begin(), static_cast<long>(std::min(pids_.size(), kShown)));
+    const auto end = std::next(pids.begin(), static_cast<long>(std::min(pids.size(), kShown)));
     return fmt::format(
         "left out an object named \"/volume\", which is in no volume; held open by: {}{}",
-        fmt::join(pids_.begin(), end, ", "),
-        pids_.size() > kShown ? fmt::format(" and {} more", pids_.size() - kShown) : "");
+        fmt::join(pids.begin(), end, ", "),
+        pids.size() > kShown ? fmt::format(" and {} more", pids.size() - kShown) : "");
 }
 
 bool BareVolumeGuard::KeepsBack(std::string_view link, std::string_view target) {
@@ -58,6 +60,7 @@ bool BareVolumeGuard::KeepsBack(std::string_view link, std::string_view target) 
     }
     const std::optional<int> pid = PidOf(link);
     if (pid) {
+        const std::lock_guard<std::mutex> lock(mutex_);
         pids_.insert(*pid);
     }
     return pid.has_value();
@@ -66,7 +69,7 @@ bool BareVolumeGuard::KeepsBack(std::string_view link, std::string_view target) 
 namespace {
 
 ssize_t GuardedReadlink(const char* link, char* buffer, size_t size) {
-    const ssize_t length = readlinkat(AT_FDCWD, link, buffer, size);
+    const ssize_t length = DescriptorLinks::Read(link, buffer, size);
     if (guard == nullptr || length < 0 ||
         !guard->KeepsBack(link, {buffer, static_cast<size_t>(length)})) {
         return length;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_HOST_BARE_VOLUME_GUARD_H
 #define VORN_CLI_HOST_BARE_VOLUME_GUARD_H
 
@@ -12,13 +13,19 @@
  * so nobody can be quicker.
  */
 
+#include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
 
 namespace cli {
 
-/** One at a time, in a program with one thread. */
+/** What the user should know of processes that hold "/volume" itself open; empty for none. */
+std::string BareVolumeNotice(const std::set<int>& pids);
+
+/**
+ * One at a time. It is made before the threads whose reading it guards, and outlives them.
+ */
 class BareVolumeGuard {
 public:
     BareVolumeGuard();
@@ -27,12 +34,13 @@ public:
     BareVolumeGuard& operator=(const BareVolumeGuard&) = delete;
 
     /** What the user should know; empty when nothing was kept from the library. */
-    std::string Notice() const;
+    std::string Notice() const { return BareVolumeNotice(pids_); }
 
     /** Whether a link that was read is to be kept from its reader; notes its process. */
     bool KeepsBack(std::string_view link, std::string_view target);
 
 private:
+    std::mutex mutex_; /**< of the set, while threads read */
     std::set<int> pids_;
 };
 

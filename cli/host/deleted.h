@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_HOST_DELETED_H
 #define VORN_CLI_HOST_DELETED_H
 

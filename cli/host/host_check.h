@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_HOST_HOST_CHECK_H
 #define VORN_CLI_HOST_HOST_CHECK_H
 
@@ -6,24 +7,17 @@
  * Whether this host can answer in full.
  */
 
-#include <string>
 #include <string_view>
 #include <vector>
 
+#include "cli/host/platform_findings.h"
+
 namespace cli {
-
-enum class State { kOk, kWarning, kMissing };
-
-struct Finding {
-    std::string subject; /**< such as "rights" */
-    State state;
-    std::string text;   /**< what was found */
-    std::string advice; /**< what to do; empty when all is well */
-};
 
 /** "ok", "warning" or "missing". */
 std::string_view StateName(State state);
 
+/** What the platform finds, and what the library takes from units and texts. Throws Failure. */
 std::vector<Finding> ExamineHost();
 
 }  // namespace cli

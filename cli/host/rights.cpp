@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/host/rights.h"
 
 #include <linux/capability.h>
@@ -7,27 +8,19 @@
 
 #include <cstdint>
 
-#include "cli/host/host_file.h"
-#include "support/numbers.h"
-#include "support/text.h"
+#include "support/process_text.h"
+#include "support/read_file.h"
 
 namespace cli {
 
-// CapEff:	000001ffffffffff
 Rights ParseRights(std::string_view status) {
-    constexpr std::string_view kKey = "\nCapEff:";
-    const size_t at = status.find(kKey);
-    if (at == std::string_view::npos) {
-        return {};
-    }
-    std::string_view digits = support::TrimLeft(status.substr(at + kKey.size()));
-    const uint64_t mask = support::TakeNumber<uint64_t>(digits, 16).value_or(0);
-    const auto has = [&](unsigned capability) { return (mask >> capability & 1) != 0; };
-    return {has(CAP_SYS_PTRACE), has(CAP_DAC_READ_SEARCH) || has(CAP_DAC_OVERRIDE)};
+    const uint64_t set = support::ParseCapabilities(status, "CapEff:").value_or(0);
+    const auto has = [&](unsigned capability) { return support::HasCapability(set, capability); };
+    return {has(CAP_SYS_PTRACE), has(CAP_DAC_READ_SEARCH) || has(CAP_DAC_OVERRIDE), has(CAP_KILL)};
 }
 
 Rights OwnRights() {
-    return ParseRights(ReadHostFile("/proc/self/status"));
+    return ParseRights(support::ReadFile("/proc/self/status"));
 }
 
 std::string MissingRights(const Rights& rights) {

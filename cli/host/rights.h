@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_HOST_RIGHTS_H
 #define VORN_CLI_HOST_RIGHTS_H
 
@@ -15,6 +16,7 @@ namespace cli {
 struct Rights {
     bool ptrace = false; /**< CAP_SYS_PTRACE: to read the links */
     bool search = false; /**< CAP_DAC_READ_SEARCH: to enter the folders */
+    bool kill = false;   /**< CAP_KILL, which takes no part in that: to end processes of others */
 
     bool Complete() const { return ptrace && search; }
 };

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "cli/host/volumes.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -45,6 +47,14 @@ std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
         resolved.push_back(std::move(real));
     }
     return resolved;
+}
+
+std::string FirstMissing(const std::vector<std::string>& paths) {
+    const auto missing = std::find_if(paths.begin(), paths.end(), [](const std::string& path) {
+        std::error_code error;
+        return std::filesystem::status(path, error).type() == std::filesystem::file_type::not_found;
+    });
+    return missing == paths.end() ? std::string() : *missing;
 }
 
 }  // namespace cli

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_HOST_VOLUMES_H
 #define VORN_CLI_HOST_VOLUMES_H
 
@@ -25,6 +26,9 @@ std::vector<std::string> MountedVolumes();
  */
 std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
                                        const std::vector<std::string>& volumes);
+
+/** The first of some paths that does not exist, or is a link to nowhere; empty when all do. */
+std::string FirstMissing(const std::vector<std::string>& paths);
 
 }  // namespace cli
 

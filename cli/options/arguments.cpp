@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/options/arguments.h"
 
 #include <fmt/format.h>
@@ -6,7 +7,9 @@
 #include <optional>
 
 #include "cli/failure.h"
+#include "cli/options/busy_options.h"
 #include "cli/options/common_options.h"
+#include "cli/options/disconnect_options.h"
 #include "cli/options/list_options.h"
 #include "cli/options/parser.h"
 #include "cli/options/report_options.h"
@@ -29,6 +32,11 @@ void AddOptions(Parser& parser, Options& options) {
             return AddCheckOptions(parser, options);
         case Command::kMetrics:
             return AddMetricsOptions(parser, options);
+        case Command::kBusy:
+        case Command::kIdle:
+            return AddBusyOptions(parser, options);
+        case Command::kDisconnect:
+            return AddDisconnectOptions(parser, options);
     }
 }
 
@@ -69,8 +77,13 @@ Options AskHelp(const std::vector<std::string>& words) {
     return options;
 }
 
+bool TakesPaths(Command command) {
+    return command == Command::kList || command == Command::kBusy || command == Command::kIdle ||
+           command == Command::kDisconnect;
+}
+
 void TakePaths(Options& options, std::vector<std::string> paths) {
-    if (options.command != Command::kList && !paths.empty()) {
+    if (!TakesPaths(options.command) && !paths.empty()) {
         throw UsageError(fmt::format("'{}' takes no PATH: '{}'", NameOf(options.command),
                                      Escaped(paths.front(), true)));
     }
@@ -83,11 +96,19 @@ Options ParseCommand(Command command, std::vector<std::string> arguments) {
     if (command == Command::kList) {
         GiveWatchItsValue(arguments);
     }
+    GiveWaitItsValue(arguments);
     Parser parser;
     AddOptions(parser, options);
     TakePaths(options, parser.Parse(std::move(arguments)));
+    CheckSchema(options);
+    if (command == Command::kMetrics) {
+        CompleteMetricsOptions(options);
+    }
     if (command == Command::kList && !options.help && !options.version) {
         CompleteListOptions(options);
+    }
+    if (command == Command::kDisconnect && !options.help && !options.version) {
+        CompleteDisconnectOptions(options);
     }
     return options;
 }
@@ -95,7 +116,8 @@ Options ParseCommand(Command command, std::vector<std::string> arguments) {
 }  // namespace
 
 const std::vector<std::string>& CommandNames() {
-    static const std::vector<std::string> kNames = {"list", "services", "check", "metrics"};
+    static const std::vector<std::string> kNames = {"list", "services", "check",     "metrics",
+                                                    "busy", "idle",     "disconnect"};
     return kNames;
 }
 

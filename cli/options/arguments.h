@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_OPTIONS_ARGUMENTS_H
 #define VORN_CLI_OPTIONS_ARGUMENTS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_OPTIONS_COMMON_OPTIONS_H
 #define VORN_CLI_OPTIONS_COMMON_OPTIONS_H
 
@@ -15,10 +16,19 @@ namespace cli {
 void AddCommonOptions(Parser& parser, Options& options);
 /** --by */
 void AddBy(Parser& parser, Options& options);
+/** --source: where descriptors are read, which changes no answer. */
+void AddSource(Parser& parser, Options& options);
+/** --source, and --jobs: how many threads look. */
+void AddWork(Parser& parser, Options& options);
 /** --timeout */
 void AddTimeout(Parser& parser, Options& options);
-/** --json */
+/** --sum: sizes beside counts */
+void AddSum(Parser& parser, Presentation& presentation);
+/** --json and --schema */
 void AddJson(Parser& parser, Options& options);
+
+/** Throws UsageError for a schema of what isn't JSON. */
+void CheckSchema(const Options& options);
 
 /** Throws UsageError where another format was asked for before. */
 void TakeFormat(Options& options, Format format);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_OPTIONS_OPTIONS_H
 #define VORN_CLI_OPTIONS_OPTIONS_H
 
@@ -14,7 +15,7 @@
 
 namespace cli {
 
-enum class Command { kList, kServices, kCheck, kMetrics };
+enum class Command { kList, kServices, kCheck, kMetrics, kBusy, kIdle, kDisconnect };
 
 struct Options {
     Command command = Command::kList;
@@ -29,7 +30,14 @@ struct Options {
     std::optional<double> timeoutSeconds;
     bool quiet = false;
     bool strict = false;
-    std::string outputFile; /**< metrics: empty or "-" for standard output */
+    /** busy, idle: look again until nothing is in use, for so long at most. */
+    std::optional<double> waitSeconds;
+    bool inside = false;      /**< busy, idle: this PID namespace is all that matters */
+    bool yes = false;         /**< disconnect: don't ask */
+    bool dryRun = false;      /**< disconnect: show what would be ended */
+    bool force = false;       /**< disconnect: kill what doesn't end by itself */
+    double graceSeconds = 10; /**< disconnect: for what ends by itself */
+    std::string outputFile;   /**< metrics: empty or "-" for standard output */
     /** " (did you mean ...)" where the first PATH may have been meant for a command. */
     std::string commandHint;
 };

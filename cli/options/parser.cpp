@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/options/parser.h"
 
 #include <fmt/format.h>
@@ -28,7 +29,8 @@ void Parser::AddFlag(const std::string& names, bool& flag) {
 
 // Texts reach take as they were written; CLI11's own conversions know lists in brackets.
 void Parser::AddValue(const std::string& name, const std::string& value, Take take) {
-    values_[name] = value;
+    // Mistakes are told by the long name.
+    values_[name.substr(name.rfind(',') + 1)] = value;
     app_->add_option(name,
                      [take = std::move(take)](const CLI::results_t& texts) {
                          std::for_each(texts.begin(), texts.end(), take);

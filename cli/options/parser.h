@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_OPTIONS_PARSER_H
 #define VORN_CLI_OPTIONS_PARSER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/options/report_options.h"
 
 #include "cli/options/common_options.h"
@@ -15,9 +16,19 @@ void AddCheckOptions(Parser& parser, Options& options) {
 
 void AddMetricsOptions(Parser& parser, Options& options) {
     AddBy(parser, options);
+    AddWork(parser, options);
     AddTimeout(parser, options);
+    AddSum(parser, options.presentation);
+    options.question.asked.folder = false;
     parser.AddValue("--output", "the name of a file",
                     [&options](const auto& text) { options.outputFile = text; });
+}
+
+void CompleteMetricsOptions(Options& options) {
+    Asked& asked = options.question.asked;
+    asked.facts.set(static_cast<size_t>(Column::kSpace));
+    // To look at all files takes its time.
+    asked.factsOfDeleted = options.presentation.summed.empty();
 }
 
 }  // namespace cli

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_OPTIONS_REPORT_OPTIONS_H
 #define VORN_CLI_OPTIONS_REPORT_OPTIONS_H
 
@@ -14,6 +15,8 @@ namespace cli {
 void AddServicesOptions(Parser& parser, Options& options);
 void AddCheckOptions(Parser& parser, Options& options);
 void AddMetricsOptions(Parser& parser, Options& options);
+/** Asks for what the metrics tell. */
+void CompleteMetricsOptions(Options& options);
 
 }  // namespace cli
 

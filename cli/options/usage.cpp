@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/options/usage.h"
 
 namespace cli {
@@ -7,6 +8,8 @@ constexpr std::string_view kList = R"(Usage: vorn-openfiles [list] [OPTION...] [
        vorn-openfiles services [--json]
        vorn-openfiles check [--json] [--timeout N]
        vorn-openfiles metrics [--by share|volume] [--output FILE] [--timeout N]
+       vorn-openfiles busy|idle [--wait[=N]] [--inside] [--json|--pids] [PATH...]
+       vorn-openfiles disconnect [--yes|--dry-run] [SELECTION] [PATH...]
        vorn-openfiles help [COMMAND]
 
 Lists the files that processes hold open on the data volumes: by which service,
@@ -14,42 +17,49 @@ for which user and from which host. With PATHs, only what is at or below them.
 
 Which:  --where COLUMN=TEXT, --match COLUMN=TEXT    equal; contains, any case
         --not-where COLUMN=TEXT, --not-match COLUMN=TEXT  leave these out
+        --where 'COLUMN>N'  also < >= <=: size>1G, started<1h (ago), fd>99
+        --since TIME        of processes that started within 90s, 1.5h, 7d
         --hidden, --folders, --deleted yes|no|only  such files (default: yes)
         --by share|volume   under shares (default) or anywhere on volumes
         --limit N           the first N only
-Order:  --sort COLUMN, --reverse
-Output: --format table|json|jsonl|csv, --json
+Order:  --sort COLUMN[,COLUMN], --reverse, --group-by COLUMN
+Output: --format table|json|jsonl|csv, --json, --schema 1|2, --header (of jsonl)
         --time              with last access times
-        --columns LIST, --no-header                 for table and csv
+        -o, --columns LIST  not for schema 1; +COLUMN adds to the default
+        --no-header, --wide                         nothing shortened
         --print0 COLUMN, --pids                     for xargs -0; for kill
-        --count-by COLUMN[,COLUMN]                  how many, biggest first
+        --count-by COLUMN[,COLUMN], --sum size|space  how many, how large
         --watch [SECONDS]   keep looking; jsonl: print what opens and closes
         -q, --quiet         no output, the exit status tells
-Limits: --strict            fail when processes can't be seen
+Limits: --strict            fail when something may be missing from the answer
         --timeout SECONDS   give up on a volume that doesn't answer
+        --jobs N, --source auto|iterator|walk       how it is found
         -h, --help, -V, --version
 
-Conditions: any of one column's, but all of the columns' must hold. Columns:
-service pid user host path filename time full_path hidden folder deleted
-Commands: services (that can disconnect clients), check (can this host answer
-in full?), metrics (for Prometheus).
+Columns: service pid user host path filename time full_path hidden folder
+deleted share command owner login unit started fd mode size space modified
+inode device locks
+Commands: services (that can disconnect clients), check (what this host lacks),
+metrics (for Prometheus), busy and idle (what keeps it from being unmounted?),
+disconnect (ends the clients that hold files).
 Exit status: 0 found, 1 nothing found, 2 wrong use or failed.
 
 Examples:
   vorn-openfiles /volume1/photo                   who uses this share?
   vorn-openfiles --where user=alice --sort host   what has alice open?
-  vorn-openfiles --by volume --deleted only       what holds deleted space?
-  vorn-openfiles -q /volume1 && echo busy         stop if anything is open
+  vorn-openfiles --deleted only --count-by owner --sum space
+  vorn-openfiles idle /volume1 && umount /volume1
   vorn-openfiles --count-by service               top services
   vorn-openfiles --watch --format jsonl | jq .    log of what opens and closes
 )";
 
 constexpr std::string_view kServices = R"(Usage: vorn-openfiles services [--json]
 
-Lists the services that can be asked to disconnect their clients, by the names
-that their control groups have.
+Lists the services that can be asked to disconnect their clients, each with its
+unit and whether it is installed and running.
 
-        --json              a list of texts
+        --json              a document, each service with its state
+        --schema 1|2        of the document; 2 says machine and time, too
         -h, --help, -V, --version
 
 Exit status: 0 found, 1 there is none, 2 wrong use or failed.
@@ -60,10 +70,12 @@ Example:
 
 constexpr std::string_view kCheck = R"(Usage: vorn-openfiles check [--json] [--timeout SECONDS]
 
-Tells whether this host can answer in full, and what to do where it can't: rights,
-control groups, volumes, shares, unit files, texts, and what tells clients.
+Tells whether this host can answer in full, and what to do where it can't: which
+processes are seen, control groups, services, volumes, shares, what tells
+clients, unit files, texts. Each source is really asked.
 
         --json              a document, each finding with its state
+        --schema 1|2        of the document; 2 says machine and time, too
         --timeout SECONDS   give up on a volume that doesn't answer
         -h, --help, -V, --version
 
@@ -74,20 +86,78 @@ Example:
 )";
 
 constexpr std::string_view kMetrics =
-    R"(Usage: vorn-openfiles metrics [--by share|volume] [--output FILE] [--timeout N]
+    R"(Usage: vorn-openfiles metrics [--by share|volume] [--sum size|space]
+                              [--output FILE] [--timeout N] [--jobs N]
+                              [--source auto|iterator|walk]
 
 Counts the open files by share, service and user in the text format of Prometheus.
 
         --by share|volume   under shares (default) or anywhere on volumes
+        --sum size|space    with the sizes of all files, or the space they take
         --output FILE       put them in the place of FILE in one step; a FIFO or a
                             device is written to, - is standard output
         --timeout SECONDS   give up on a volume that doesn't answer
+        --jobs N            threads; otherwise as many as processors
+        --source SOURCE     auto, the kernel's iterator or a walk of /proc
         -h, --help, -V, --version
 
 Exit status: 0 done, 2 wrong use or failed.
 
 Example:
   vorn-openfiles metrics --output /var/lib/prometheus/node-exporter/vorn_openfiles.prom
+)";
+
+constexpr std::string_view kBusy = R"(Usage: vorn-openfiles busy|idle [OPTION...] [--] [PATH...]
+
+Tells what uses volumes, folders or files (all volumes without PATH), a row a
+process and reason: open files, working and root directories, programs,
+mappings, sockets, loop devices and what is built on them, swap, mounts below,
+NFS exports and clients. Found by what it is and not by its name, so also through
+bind mounts and in other mount namespaces.
+
+        --wait[=SECONDS]    look again until nothing is in use, or the time is up
+        --inside            processes outside of this PID namespace don't matter
+        --source SOURCE     auto, the kernel's iterators or a walk of /proc
+        --json              a document with every file
+        --schema 1|2        of the document; 2 says machine and time, too
+        --pids              each process id once, for kill
+        -q, --quiet         no output, the exit status tells
+        --timeout SECONDS   give up on a volume that doesn't answer
+        -h, --help, -V, --version
+
+Exit status of busy: 0 in use, 1 free, 2 can't tell, wrong use or failed.
+Exit status of idle: 0 free, 1 in use, 2 can't tell, wrong use or failed.
+
+Examples:
+  vorn-openfiles busy /volume1/photo              who uses it, and why?
+  vorn-openfiles idle /volume1 && umount /volume1
+  vorn-openfiles idle --wait=60 /volume1          until it is free
+)";
+
+constexpr std::string_view kDisconnect =
+    R"(Usage: vorn-openfiles disconnect [OPTION...] [--] [PATH...]
+
+Ends the client connections that hold files open, of the services that can be
+asked to ("vorn-openfiles services"). Shows them first, with what else they hold,
+and asks. What serves no client is left alone, and named with what would end it.
+
+Which:  PATHs, --where, --match, --not-where, --not-match, --hidden, --folders,
+        --deleted, --by     as for the list
+        --yes               don't ask
+        --dry-run           show what would be ended, and end nothing
+        --grace SECONDS     how long they may take to end (default: 10)
+        --force             kill what is still there then
+        --json              a document, each connection with its state
+        --timeout SECONDS   give up on a volume that doesn't answer
+        --jobs N, --source auto|iterator|walk       how files are found
+        -h, --help, -V, --version
+
+Exit status: 0 all ended, 1 nothing to end, 2 some remain, can't tell, wrong use
+or failed.
+
+Examples:
+  vorn-openfiles disconnect --dry-run /volume1/photo     whose would it be?
+  vorn-openfiles disconnect --yes --where user=alice /volume1
 )";
 
 }  // namespace
@@ -100,6 +170,11 @@ std::string_view HelpText(Command command) {
             return kCheck;
         case Command::kMetrics:
             return kMetrics;
+        case Command::kBusy:
+        case Command::kIdle:
+            return kBusy;
+        case Command::kDisconnect:
+            return kDisconnect;
         case Command::kList:
             break;
     }

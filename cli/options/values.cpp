@@ -1,10 +1,13 @@
+// SPDX-License-Identifier: MIT
 #include "cli/options/values.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
 #include "cli/failure.h"
+#include "cli/options/measures.h"
 #include "cli/text/escape.h"
 #include "cli/text/suggest.h"
 #include "support/numbers.h"
@@ -14,6 +17,7 @@ namespace {
 
 constexpr double kLeastSeconds = 0.1;
 constexpr double kMostSeconds = 86400;
+constexpr size_t kMostJobs = 1024;
 
 /** Position of a text among the words that an option takes. */
 size_t Choose(const std::string& option, const std::string& text,
@@ -25,12 +29,6 @@ size_t Choose(const std::string& option, const std::string& text,
                                      fmt::join(words, ", ")));
     }
     return static_cast<size_t>(found - words.begin());
-}
-
-std::vector<std::string> MemberNames() {
-    std::vector<std::string> names = SortColumnNames();
-    names.emplace_back(ColumnName(Column::kTime));
-    return names;
 }
 
 }  // namespace
@@ -50,6 +48,15 @@ const std::vector<std::string>& FlaggedNames() {
     return kNames;
 }
 
+const std::vector<std::string>& SourceNames() {
+    static const std::vector<std::string> kNames = {"auto", "iterator", "walk"};
+    return kNames;
+}
+
+SourceKind ParseSource(const std::string& text) {
+    return static_cast<SourceKind>(Choose("--source", text, SourceNames()));
+}
+
 VORN::FileHandle::ENUM_BY ParseBy(const std::string& text) {
     return static_cast<VORN::FileHandle::ENUM_BY>(Choose("--by", text, ByNames()));
 }
@@ -64,10 +71,6 @@ Flagged ParseFlagged(const std::string& option, const std::string& text) {
 
 Column ParseColumn(const std::string& option, const std::string& text) {
     return static_cast<Column>(Choose(option, text, ColumnNames()));
-}
-
-Column ParseSortColumn(const std::string& text) {
-    return static_cast<Column>(Choose("--sort", text, SortColumnNames()));
 }
 
 std::vector<Column> ParseColumns(const std::string& option, const std::string& text) {
@@ -85,18 +88,48 @@ std::vector<Column> ParseColumns(const std::string& option, const std::string& t
     return columns;
 }
 
-Condition ParseCondition(const std::string& option, const std::string& text, bool contains,
-                         bool negated) {
-    const size_t equals = text.find('=');
-    if (equals == std::string::npos) {
-        throw UsageError(fmt::format("{} takes COLUMN=TEXT, such as user=alice, not '{}'", option,
+std::vector<Column> ParseSummed(const std::string& text) {
+    std::vector<Column> columns = ParseColumns("--sum", text);
+    for (const Column column : columns) {
+        if (MeasureOf(column) != Measure::kSize) {
+            throw UsageError(
+                fmt::format("--sum can't be '{}'; it takes: size, space", ColumnName(column)));
+        }
+    }
+    return columns;
+}
+
+ShownChoice ParseShown(const std::string& option, const std::string& text) {
+    ShownChoice choice;
+    std::string own;
+    size_t begin = 0;
+    while (begin <= text.size()) {
+        const size_t end = std::min(text.find(',', begin), text.size());
+        const std::string name = text.substr(begin, end - begin);
+        if (name.rfind('+', 0) == 0) {
+            choice.added.push_back(ParseColumn(option, name.substr(1)));
+        } else {
+            own += (own.empty() ? "" : ",") + name;
+        }
+        begin = end + 1;
+    }
+    if (!own.empty() || choice.added.empty()) {
+        choice.own = ParseColumns(option, own);
+    }
+    return choice;
+}
+
+Condition ParseSince(const std::string& text) {
+    const auto age = ParseDuration(text);
+    if (!age) {
+        throw UsageError(fmt::format("--since takes a time such as 90s, 1.5h or 7d, not '{}'",
                                      Escaped(text, true)));
     }
-    const auto column = static_cast<Column>(Choose(option, text.substr(0, equals), MemberNames()));
-    if (equals + 1 == text.size()) {
-        throw UsageError(fmt::format("{} {} needs a text behind the '='", option, text));
-    }
-    return {column, text.substr(equals + 1), contains, negated};
+    return {Column::kStarted, text, false, false, Bound{Bound::Is::kAtMost, *age, true}};
+}
+
+int ParseSchema(const std::string& text) {
+    return static_cast<int>(Choose("--schema", text, {"1", "2"})) + 1;
 }
 
 size_t ParseLimit(const std::string& text) {
@@ -106,6 +139,15 @@ size_t ParseLimit(const std::string& text) {
             fmt::format("--limit takes a number from 1 up, not '{}'", Escaped(text, true)));
     }
     return limit;
+}
+
+size_t ParseJobs(const std::string& text) {
+    const size_t jobs = support::ParseNumber<size_t>(text).value_or(0);
+    if (jobs == 0 || jobs > kMostJobs) {
+        throw UsageError(fmt::format("--jobs takes a number from 1 to {}, not '{}'", kMostJobs,
+                                     Escaped(text, true)));
+    }
+    return jobs;
 }
 
 bool LooksLikeNumber(const std::string& text) {

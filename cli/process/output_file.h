@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_PROCESS_OUTPUT_FILE_H
 #define VORN_CLI_PROCESS_OUTPUT_FILE_H
 

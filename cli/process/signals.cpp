@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/process/signals.h"
 
 #include <fmt/format.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/process/terminal.h"
 
 #include <langinfo.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/process/terminal_state.h"
 
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/question/changes.h"
 
 namespace cli {
@@ -8,7 +9,9 @@ Changes LastLook::Compare(Snapshot& snapshot) {
     std::map<Key, Remembered> now;
     for (OpenedFile& file : snapshot.files) {
         Key key(file.getFullPath(), file.getPidStr());
-        const Remembered remembered{file, snapshot.IsDeleted(file)};
+        const Known about = snapshot.About(file);
+        const Remembered remembered{file, about.deleted,
+                                    about.facts != nullptr ? *about.facts : Facts()};
         if (known_.erase(key) == 0) {
             changes.opened.push_back(remembered);
             changes.fresh.insert(&file);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_QUESTION_CHANGES_H
 #define VORN_CLI_QUESTION_CHANGES_H
 
@@ -20,6 +21,9 @@ namespace cli {
 struct Remembered {
     OpenedFile file;
     bool deleted;
+    Facts facts;
+
+    Known About() const { return {deleted, &facts}; }
 };
 
 struct Changes {

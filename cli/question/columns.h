@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_QUESTION_COLUMNS_H
 #define VORN_CLI_QUESTION_COLUMNS_H
 
@@ -6,17 +7,20 @@
  * What a record can be shown, selected, counted and ordered by.
  */
 
+#include <bitset>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "cli/question/facts.h"
 #include "vorn/filehandle.h"
 
 namespace cli {
 
 using VORN::FileHandle::OpenedFile;
 
-/** The library's columns come first, with the values of MEMBER. */
+/** The library's columns come first, with the values of MEMBER; those of Facts last. */
 enum class Column {
     kService = VORN::FileHandle::MEMBER_SERVICE,
     kPid = VORN::FileHandle::MEMBER_PID,
@@ -28,21 +32,51 @@ enum class Column {
     kFullPath,
     kHidden,
     kFolder,
-    kDeleted
+    kDeleted,
+    kShare, /**< or the volume, for records by volume */
+    kCommand,
+    kOwner,
+    kLogin,
+    kUnit,
+    kStarted,
+    kFd,
+    kMode,
+    kSize,
+    kSpace,
+    kModified,
+    kInode,
+    kDevice,
+    kLocks
 };
+
+constexpr size_t kColumns = static_cast<size_t>(Column::kLocks) + 1;
+using ColumnSet = std::bitset<kColumns>;
+
+/** What the numbers of a column count; texts have none. */
+enum class Measure { kNone, kNumber, kSize, kTime };
 
 /** Names as options and headings have them, in the order of Column. */
 const std::vector<std::string>& ColumnNames();
-/** Names of the columns that the library can order by. */
-const std::vector<std::string>& SortColumnNames();
 
 std::string_view ColumnName(Column column);
+Measure MeasureOf(Column column);
 
 /** Whether the library matches texts against it. */
 bool IsMember(Column column);
+/** Whether its text comes from Facts. */
+bool IsFact(Column column);
 
-/** A record's text in a column: bytes as the kernel gives them, "yes" or "no" for flags. */
-std::string ColumnText(OpenedFile& file, Column column, bool deleted);
+/**
+ * A record's text in a column: bytes as the kernel gives them, "yes" or "no" for flags, "-" for
+ * what isn't known.
+ */
+std::string ColumnText(OpenedFile& file, Column column, const Known& known);
+
+/** A record's numbers in a column that measures: bytes, seconds since 1970; none if unknown. */
+std::vector<std::int64_t> ColumnNumbers(OpenedFile& file, Column column, const Known& known);
+
+/** The share that a record is shown under, or its volume. */
+std::string PlaceOf(OpenedFile& file);
 
 }  // namespace cli
 

@@ -1,25 +1,55 @@
+// SPDX-License-Identifier: MIT
 #include "cli/question/counts.h"
 
 #include <algorithm>
-#include <map>
 
 namespace cli {
+namespace {
 
-std::vector<Count> CountBy(Snapshot& snapshot, const std::vector<Column>& columns, bool reversed) {
-    std::map<std::vector<std::string>, size_t> counts;
+struct Group {
+    size_t files = 0;
+    SizeSum sizes;
+};
+
+}  // namespace
+
+void SizeSum::Add(const Facts& facts) {
+    for (const FileFacts& file : facts.files) {
+        files_.insert({{file.device, file.inode}, {file.regular ? file.size : 0, file.space}});
+    }
+}
+
+std::uint64_t SizeSum::Of(Column sizeOrSpace) const {
+    std::uint64_t sum = 0;
+    for (const auto& [file, sizes] : files_) {
+        sum += sizeOrSpace == Column::kSize ? sizes.size : sizes.space;
+    }
+    return sum;
+}
+
+std::vector<Count> CountBy(Snapshot& snapshot, const std::vector<Column>& columns,
+                           const std::vector<Column>& summed, bool reversed) {
+    std::map<std::vector<std::string>, Group> groups;
     std::vector<std::string> values(columns.size());
     for (OpenedFile& file : snapshot.files) {
-        std::transform(columns.begin(), columns.end(), values.begin(), [&](Column column) {
-            return ColumnText(file, column, snapshot.IsDeleted(file));
-        });
-        ++counts[values];
+        const Known known = snapshot.About(file);
+        std::transform(columns.begin(), columns.end(), values.begin(),
+                       [&](Column column) { return ColumnText(file, column, known); });
+        Group& group = groups[values];
+        ++group.files;
+        if (!summed.empty() && known.facts != nullptr) {
+            group.sizes.Add(*known.facts);
+        }
     }
     std::vector<Count> ordered;
-    for (const auto& [key, files] : counts) {
-        ordered.push_back({key, files});
+    for (const auto& [key, group] : groups) {
+        Count& count = ordered.emplace_back(Count{key, group.files, {}});
+        for (const Column column : summed) {
+            count.sums.push_back(group.sizes.Of(column));
+        }
     }
     std::stable_sort(ordered.begin(), ordered.end(), [&](const Count& a, const Count& b) {
-        return reversed ? a.files < b.files : a.files > b.files;
+        return reversed ? a.Rank() < b.Rank() : a.Rank() > b.Rank();
     });
     return ordered;
 }

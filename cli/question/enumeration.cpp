@@ -1,74 +1,104 @@
+// SPDX-License-Identifier: MIT
 #include "cli/question/enumeration.h"
 
-#include <string>
-#include <unordered_map>
+#include <exception>
 
-#include "cli/host/host_file.h"
-#include "cli/host/service_units.h"
+#include "cli/host/platform_answers.h"
+#include "cli/question/attribution.h"
+#include "cli/question/parts.h"
+#include "cli/question/step.h"
 
 namespace cli {
 namespace {
 
 namespace fh = VORN::FileHandle;
 
-/** Display names of the services that processes belong to, each asked for once. */
-class ServiceNames {
+/** Each worker takes portions as long as there are any. */
+std::vector<Files> Scan(RecordSource& source, const Workers& workers,
+                        const std::function<void()>& before) {
+    std::vector<Files> lists(workers.Count());
+    workers.ForEach(
+        lists.size(),
+        [&](size_t list) {
+            int result = 1;
+            while (result > 0) {
+                result = source.Next(lists[list]);
+                MustSucceed(result, "get proc opened file", 24);
+            }
+        },
+        before);
+    return lists;
+}
+
+/** What the filter asks of the platform, once for all; its failure counts when it is used. */
+class Prefixes {
 public:
-    /** Empty for a process whose unit has no name. */
-    const std::string& Of(const std::string& pid) {
-        const auto [process, isNew] = processes_.try_emplace(pid);
-        if (isNew) {
-            process->second = NameOf(units_.OfProcess(pid));
+    explicit Prefixes(fh::ENUM_BY by) : by_(by) {}
+
+    void Ask() noexcept {
+        asked_ = true;
+        try {
+            const PlatformAnswers::Noting noting(answers_);
+            Files none;
+            MustSucceed(fh::FilterPath(none, by_), "filter path", 29);
+        } catch (...) {
+            failure_ = std::current_exception();
         }
-        return process->second;
+    }
+    void Filter(std::vector<Files>& lists, const Workers& workers) {
+        if (!asked_) {
+            Ask();
+        }
+        if (failure_) {
+            std::rethrow_exception(failure_);
+        }
+        workers.ForEach(lists.size(), [&](size_t list) {
+            const PlatformAnswers::Giving giving(answers_);
+            MustSucceed(fh::FilterPath(lists[list], by_), "filter path", 29);
+        });
     }
 
 private:
-    std::string NameOf(const std::string& unit) {
-        const auto [known, isNew] = names_.try_emplace(unit);
-        if (isNew && !unit.empty() && !fh::NameI18nGet(unit, known->second, texts_)) {
-            fh::NameGet(unit, known->second);
-        }
-        return known->second;
-    }
-
-    ServiceUnits units_;
-    std::unordered_map<std::string, std::string> processes_;
-    std::unordered_map<std::string, std::string> names_;
-    std::unordered_map<std::string, std::string> texts_;
+    const fh::ENUM_BY by_;
+    PlatformAnswers answers_;
+    bool asked_ = false;
+    std::exception_ptr failure_;
 };
 
-/** The others keep the name that the library gave them, that of the internal service. */
-void NameServices(std::list<OpenedFile>& files) {
-    ServiceNames names;
-    for (OpenedFile& file : files) {
-        const std::string& name = names.Of(file.getPidStr());
-        if (!name.empty()) {
-            file.setServiceName(name);
-        }
+void LabelHidden(std::vector<Files>& lists, const Workers& workers) {
+    PlatformAnswers answers;
+    {
+        const PlatformAnswers::Noting noting(answers);
+        Files none;
+        MustSucceed(fh::LabelHidden(none), "label hidden", 51);
     }
-}
-
-/** The library's steps, with names before the connections, some of which go by the service. */
-int EnumerateNamed(std::list<OpenedFile>& files, fh::ENUM_BY by) {
-    if (fh::GetProcOpenedFileInVolume(files) < 0 || fh::FilterPath(files, by) < 0 ||
-        fh::GetServiceName(files) < 0) {
-        return -1;
-    }
-    NameServices(files);
-    if (fh::UpdateConnectionInfo(files) < 0) {
-        return -1;
-    }
-    fh::VORNSortOpenedFile(files, "path", true);
-    fh::EraseAdjacentDuplicates(files);
-    return fh::LabelHidden(files) < 0 ? -1 : fh::LabelFolder(files);
+    workers.ForEach(lists.size(), [&](size_t list) {
+        const PlatformAnswers::Giving giving(answers);
+        MustSucceed(fh::LabelHidden(lists[list]), "label hidden", 51);
+    });
 }
 
 }  // namespace
 
-int EnumerateFiles(std::list<OpenedFile>& files, fh::ENUM_BY by) {
-    return HasServiceHierarchy(ReadHostFile("/proc/self/cgroup")) ? fh::EnumOpenedFile(files, by)
-                                                                  : EnumerateNamed(files, by);
+std::vector<Files> EnumerateFiles(const Question& question, RecordSource& source,
+                                  const Workers& workers) {
+    Prefixes prefixes(question.by);
+    // Where there are several threads, this one asks while others read: a file server's own
+    // program may have to be run for it.
+    std::vector<Files> lists = Scan(source, workers, [&] {
+        if (workers.Count() > 1) {
+            prefixes.Ask();
+        }
+    });
+    lists = Spread(std::move(lists), workers.Count());
+    prefixes.Filter(lists, workers);
+    Attribute(lists, question.asked, workers);
+    lists = Sorted(std::move(lists), Column::kPath, workers);
+    workers.ForEach(lists.size(), [&](size_t list) {
+        MustSucceed(fh::EraseAdjacentDuplicates(lists[list]), "erase duplicate entries", 46);
+    });
+    LabelHidden(lists, workers);
+    return lists;
 }
 
 }  // namespace cli

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_QUESTION_QUESTION_H
 #define VORN_CLI_QUESTION_QUESTION_H
 
@@ -6,25 +7,44 @@
  * What is asked about the open files.
  */
 
+#include <list>
 #include <optional>
 
 #include "cli/question/columns.h"
 #include "cli/question/selection.h"
+#include "cli/question/sources/sources.h"
 
 namespace cli {
 
+using Files = std::list<OpenedFile>;
+
+/** What somebody shows, selects, counts or orders by: what isn't asked for is left empty. */
+struct Asked {
+    bool service = true;
+    bool connection = true; /**< host and user */
+    bool folder = true;
+    ColumnSet facts;             /**< of those that IsFact() */
+    bool factsOfDeleted = false; /**< of deleted files alone */
+};
+
 struct Question {
     VORN::FileHandle::ENUM_BY by = VORN::FileHandle::ENUM_BY_SHARE;
+    bool byGiven = false; /**< it was asked for so, and is not the default */
     Selection selection;
     bool time = false; /**< with last access times */
+    Asked asked;
 
-    std::optional<Column> sort; /**< otherwise by path */
+    std::vector<Column> sort;    /**< otherwise by path */
+    std::optional<Column> group; /**< goes before these */
     bool reverse = false;
+
+    SourceKind source = SourceKind::kAuto;
+    std::optional<size_t> jobs; /**< otherwise as many as processors that may be used */
 };
 
 /** "share" or "volume". */
-inline const char* ByName(const Question& question) {
-    return question.by == VORN::FileHandle::ENUM_BY_SHARE ? "share" : "volume";
+inline const char* ByName(VORN::FileHandle::ENUM_BY by) {
+    return by == VORN::FileHandle::ENUM_BY_SHARE ? "share" : "volume";
 }
 
 }  // namespace cli

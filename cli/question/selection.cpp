@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "cli/question/selection.h"
 
 #include <algorithm>
-#include <array>
 
 #include "cli/host/deleted.h"
 #include "support/text.h"
@@ -9,28 +9,27 @@
 namespace cli {
 namespace {
 
-bool Matches(const Condition& condition, OpenedFile& file) {
-    const auto member = static_cast<VORN::FileHandle::MEMBER>(condition.column);
-    return condition.contains ? file.isMatchKeyword(condition.text, member)
-                              : file.isMatchSame(condition.text, member);
+/** Whether several conditions on a column are alternatives: "more than" and "less than" aren't. */
+bool IsAlternative(const Condition& condition) {
+    return !condition.bound || condition.bound->is == Bound::Is::kEqual;
 }
 
-bool ConditionsHold(const std::vector<Condition>& conditions, OpenedFile& file) {
-    enum State { kNotAsked, kNoneMatched, kMatched };
-    std::array<State, VORN::FileHandle::MEMBER_TIME + 1> columns{};
+bool ConditionsHold(const std::vector<Condition>& conditions, OpenedFile& file,
+                    const Known& known) {
+    ColumnSet asked;
+    ColumnSet matched;
     for (const Condition& condition : conditions) {
-        if (condition.negated) {
-            if (Matches(condition, file)) {
+        const auto column = static_cast<size_t>(condition.column);
+        if (condition.negated || !IsAlternative(condition)) {
+            if (Matches(condition, file, known) == condition.negated) {
                 return false;
             }
-            continue;
-        }
-        State& state = columns[static_cast<size_t>(condition.column)];
-        if (state != kMatched) {
-            state = Matches(condition, file) ? kMatched : kNoneMatched;
+        } else if (!matched.test(column)) {
+            asked.set(column);
+            matched.set(column, Matches(condition, file, known));
         }
     }
-    return std::find(columns.begin(), columns.end(), kNoneMatched) == columns.end();
+    return asked == matched;
 }
 
 bool FlagAllows(Flagged wanted, bool flag) {
@@ -46,11 +45,35 @@ bool LiesInAny(const std::vector<std::string>& roots, const std::string& path, b
 
 }  // namespace
 
-bool IsSelected(const Selection& selection, OpenedFile& file, bool deleted) {
+bool IsSelected(const Selection& selection, OpenedFile& file, const Known& known) {
     return FlagAllows(selection.hidden, file.isHidden()) &&
            FlagAllows(selection.folders, file.isFolder()) &&
-           FlagAllows(selection.deleted, deleted) && ConditionsHold(selection.conditions, file) &&
-           (selection.paths.empty() || LiesInAny(selection.paths, file.getFullPath(), deleted));
+           FlagAllows(selection.deleted, known.deleted) &&
+           ConditionsHold(selection.conditions, file, known) &&
+           (selection.paths.empty() ||
+            LiesInAny(selection.paths, file.getFullPath(), known.deleted));
+}
+
+bool SelectsAll(const Selection& selection) {
+    return selection.conditions.empty() && selection.paths.empty() &&
+           selection.hidden == Flagged::kYes && selection.folders == Flagged::kYes &&
+           selection.deleted == Flagged::kYes;
+}
+
+SelectionSteps InSteps(Selection selection) {
+    SelectionSteps steps;
+    std::swap(steps.byFolder.folders, selection.folders);
+    std::vector<Condition> conditions;
+    conditions.swap(selection.conditions);
+    for (Condition& condition : conditions) {
+        Selection& step = condition.column == Column::kFolder ? steps.byFolder
+                          : condition.column == Column::kTime ? steps.byTime
+                          : IsFact(condition.column)          ? steps.byFacts
+                                                              : selection;
+        step.conditions.push_back(std::move(condition));
+    }
+    steps.atOnce = std::move(selection);
+    return steps;
 }
 
 }  // namespace cli

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_QUESTION_SNAPSHOT_H
 #define VORN_CLI_QUESTION_SNAPSHOT_H
 
@@ -11,29 +12,41 @@
 #include <unordered_set>
 
 #include "cli/process/supervision/gate.h"
+#include "cli/question/facts_reader.h"
 #include "cli/question/question.h"
 
 namespace cli {
 
 struct Snapshot {
     std::list<OpenedFile> files;
+    /** As what they are listed: a PATH in no share is answered by volume. */
+    VORN::FileHandle::ENUM_BY by = VORN::FileHandle::ENUM_BY_SHARE;
     std::unordered_set<const OpenedFile*> deleted; /**< nodes of files */
-    /** Why processes are missing from the list; empty when it is complete. */
+    FactsOfFiles facts;                            /**< of these nodes, where asked for */
+    size_t jobs = 1;                               /**< threads that may show them */
+    /** Why something is missing from the list; empty when it is complete. */
     std::string incompleteReason;
+    /** Why the question may not be what was meant: a PATH that doesn't exist; mostly empty. */
+    std::string doubt;
     /** What else the user should know; mostly empty. */
     std::string notice;
 
     bool IsDeleted(const OpenedFile& file) const {
         return !deleted.empty() && deleted.count(&file) != 0;
     }
+    Known About(const OpenedFile& file) const {
+        const auto found = facts.empty() ? facts.end() : facts.find(&file);
+        return {IsDeleted(file), found == facts.end() ? nullptr : &found->second};
+    }
 };
 
 /**
- * Enumerates, adds times if asked, orders and selects; all of it inside the gate.
+ * Understands the question, enumerates, adds facts and times if asked, orders and selects; all of
+ * it inside the gate.
  *
  * @throws Failure when there is no answer
  */
-Snapshot TakeSnapshot(const Question& question, Gate& gate);
+Snapshot TakeSnapshot(const Question& asked, Gate& gate);
 
 }  // namespace cli
 

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "cli/text/escape.h"
 
 #include <fmt/format.h>
 #include <utf8proc.h>
 
 #include <algorithm>
-#include <iterator>
+#include <utility>
 
 #include "support/numbers.h"
 
@@ -12,8 +13,20 @@ namespace cli {
 namespace {
 
 constexpr int32_t kEllipsis = 0x2026;
-constexpr int32_t kZeroWidthNonJoiner = 0x200C;
-constexpr int32_t kZeroWidthJoiner = 0x200D;
+
+/** First and last of characters that look like nothing, and are neither blanks nor formats. */
+constexpr std::pair<int32_t, int32_t> kInvisible[] = {
+    {0x034F, 0x034F},    // combining grapheme joiner
+    {0x115F, 0x1160},    // Hangul fillers
+    {0x17B4, 0x17B5},    // Khmer vowels that aren't shown
+    {0x180B, 0x180F},    // Mongolian variation selectors
+    {0x2800, 0x2800},    // Braille pattern without a dot
+    {0x3164, 0x3164},    // Hangul filler
+    {0xFE00, 0xFE0F},    // variation selectors
+    {0xFFA0, 0xFFA0},    // half as wide a Hangul filler
+    {0x1D159, 0x1D159},  // note without a head
+    {0xE0100, 0xE01EF},  // further variation selectors
+};
 
 bool IsPlain(char byte) {
     return byte > ' ' && byte < 0x7F && byte != '\\';
@@ -49,7 +62,7 @@ void AppendByte(std::string& out, char byte) {
             out += "\\r";
             break;
         default:
-            fmt::format_to(std::back_inserter(out), "\\x{:02X}", static_cast<unsigned char>(byte));
+            out += fmt::format("\\x{:02X}", static_cast<unsigned char>(byte));
     }
 }
 
@@ -167,16 +180,20 @@ Utf8Character DecodeFirst(std::string_view text) {
 
 bool IsTreacherous(int32_t codepoint) {
     switch (utf8proc_category(codepoint)) {
-        case UTF8PROC_CATEGORY_CF:
-            return codepoint != kZeroWidthJoiner && codepoint != kZeroWidthNonJoiner;
+        case UTF8PROC_CATEGORY_ZS:
+            return codepoint != ' ';
         case UTF8PROC_CATEGORY_CC:
+        case UTF8PROC_CATEGORY_CF:
         case UTF8PROC_CATEGORY_CN:
         case UTF8PROC_CATEGORY_CS:
         case UTF8PROC_CATEGORY_ZL:
         case UTF8PROC_CATEGORY_ZP:
             return true;
         default:
-            return false;
+            return std::any_of(std::begin(kInvisible), std::end(kInvisible),
+                               [&](const auto& range) {
+                                   return codepoint >= range.first && codepoint <= range.second;
+                               });
     }
 }
 
@@ -192,7 +209,7 @@ void AppendEscaped(std::string& out, std::string_view text, bool utf8) {
         if (next.codepoint < 0x80) {
             AppendByte(out, text[at]);
         } else if (!utf8 || next.codepoint == kEllipsis || IsTreacherous(next.codepoint)) {
-            fmt::format_to(std::back_inserter(out), "\\u{{{:X}}}", next.codepoint);
+            out += fmt::format("\\u{{{:X}}}", next.codepoint);
         } else {
             out.append(text, at, next.length);
         }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_TEXT_ESCAPE_H
 #define VORN_CLI_TEXT_ESCAPE_H
 
@@ -24,8 +25,9 @@ Utf8Character DecodeFirst(std::string_view text);
 
 /**
  * Whether a character acts on a terminal or disguises the text round it: control characters,
- * line and paragraph separators, bidirectional controls and other invisible formats, characters
- * that are not assigned. Joiners are text.
+ * line and paragraph separators, bidirectional controls and other formats, blanks other than that
+ * of ASCII, joiners, fillers and whatever else looks like nothing, characters that are not
+ * assigned.
  */
 bool IsTreacherous(int32_t codepoint);
 

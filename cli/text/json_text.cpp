@@ -1,10 +1,13 @@
+// SPDX-License-Identifier: MIT
 #include "cli/text/json_text.h"
 
 #include <fmt/format.h>
+#include <sys/utsname.h>
 
-#include <iterator>
+#include <ctime>
 
 #include "cli/text/escape.h"
+#include "cli/text/number_text.h"
 
 namespace cli {
 namespace {
@@ -16,7 +19,7 @@ bool IsPlain(char byte) {
 }
 
 void AppendCodeUnit(std::string& out, int32_t unit) {
-    fmt::format_to(std::back_inserter(out), "\\u{:04x}", unit);
+    out += fmt::format("\\u{:04x}", unit);
 }
 
 void AppendCharacter(std::string& out, int32_t codepoint, std::string_view bytes) {
@@ -91,9 +94,37 @@ void AppendJsonMember(std::string& out, std::string_view key, std::string_view t
     }
 }
 
-void AppendJsonPreamble(std::string& out, std::string_view by, std::string_view incompleteReason) {
-    fmt::format_to(std::back_inserter(out), "\"schema\":{},\"by\":\"{}\",\"complete\":{},",
-                   kJsonSchema, by, incompleteReason.empty());
+void AppendJsonOptional(std::string& out, std::string_view key, std::string_view text) {
+    if (text != "-") {
+        return AppendJsonMember(out, key, text);
+    }
+    out += fmt::format("\"{}\":null", key);
+}
+
+JsonHead HeadOf(int schema) {
+    JsonHead head;
+    head.schema = schema;
+    if (schema > 1) {
+        struct utsname names {};
+        uname(&names);
+        head.machine = names.nodename;
+        head.at = UtcTime(std::time(nullptr));
+    }
+    return head;
+}
+
+void AppendJsonHead(std::string& out, const JsonHead& head) {
+    out += fmt::format("\"schema\":{},", head.schema);
+    if (head.schema > 1) {
+        AppendJsonMember(out, "machine", head.machine);
+        out += fmt::format(",\"at\":\"{}\",", head.at);
+    }
+}
+
+void AppendJsonPreamble(std::string& out, const JsonHead& head, std::string_view by,
+                        std::string_view incompleteReason) {
+    AppendJsonHead(out, head);
+    out += fmt::format("\"by\":\"{}\",\"complete\":{},", by, incompleteReason.empty());
     if (!incompleteReason.empty()) {
         AppendJsonMember(out, "reason", incompleteReason);
         out += ',';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/options/arguments.h"
 
 #include <gtest/gtest.h>
@@ -30,9 +31,84 @@ TEST(Arguments, MeanWhatTheySay) {
          [](const Options& o) { return o.presentation.format == Format::kJson; }},
         {{"check", "--timeout", "0.5"}, [](const Options& o) { return o.timeoutSeconds == 0.5; }},
         {{"--by", "volume"}, [](const Options& o) { return o.question.by == 1; }},
+        {{"--jobs", "7"}, [](const Options& o) { return o.question.jobs == 7U; }},
+        {{"metrics", "--jobs=1024", "--source", "walk"},
+         [](const Options& o) {
+             return o.question.jobs == 1024U && o.question.source == cli::SourceKind::kWalk;
+         }},
+        {{"--source", "iterator"},
+         [](const Options& o) { return o.question.source == cli::SourceKind::kIterator; }},
+        {{}, [](const Options& o) { return !o.question.jobs; }},
+        {{},
+         [](const Options& o) {
+             const cli::Asked& asked = o.question.asked;
+             return asked.service && asked.connection && !asked.folder;
+         }},
+        {{"--json"}, [](const Options& o) { return o.question.asked.folder; }},
+        {{"--json"}, [](const Options& o) { return o.question.asked.facts.none(); }},
+        {{}, [](const Options& o) { return o.question.asked.facts.none(); }},
+        {{"-o", "+mode,pid,+size"},
+         [](const Options& o) {
+             return o.presentation.columns == std::vector{Column::kPid} &&
+                    o.presentation.added == std::vector{Column::kMode, Column::kSize} &&
+                    o.question.asked.facts.count() == 2;
+         }},
+        {{"--where", "size>=1.5k"},
+         [](const Options& o) {
+             const auto& each = o.question.selection.conditions.at(0);
+             return each.bound && each.bound->is == cli::Bound::Is::kAtLeast &&
+                    each.bound->number == 1536 && !each.bound->age &&
+                    o.question.asked.facts.count() == 1;
+         }},
+        {{"--where", "started<2h"},
+         [](const Options& o) {
+             const auto& each = o.question.selection.conditions.at(0);
+             return each.bound && each.bound->age && each.bound->number == 7200;
+         }},
+        {{"--since", "90"},
+         [](const Options& o) {
+             const auto& each = o.question.selection.conditions.at(0);
+             return each.column == Column::kStarted && each.bound->number == 90;
+         }},
+        {{"--json", "--schema", "2"},
+         [](const Options& o) { return o.question.asked.facts.count() == 13 && !o.question.time; }},
+        {{"--format", "jsonl", "--schema=2", "-o", "pid,size"},
+         [](const Options& o) { return o.question.asked.facts.count() == 1; }},
+        {{"check", "--json", "--schema", "2"},
+         [](const Options& o) { return o.presentation.schema == 2; }},
+        {{"--match", "user=a<b"},
+         [](const Options& o) { return o.question.selection.conditions.at(0).text == "a<b"; }},
+        {{"--sort", "user,size", "--group-by", "share"},
+         [](const Options& o) {
+             return o.question.sort == std::vector{Column::kUser, Column::kSize} &&
+                    o.question.group == Column::kShare;
+         }},
+        {{"--count-by", "owner", "--sum", "space"},
+         [](const Options& o) { return o.question.asked.facts.count() == 2; }},
+        {{"metrics"},
+         [](const Options& o) {
+             return o.question.asked.factsOfDeleted && o.question.asked.facts.count() == 1;
+         }},
+        {{"metrics", "--sum", "size"},
+         [](const Options& o) { return !o.question.asked.factsOfDeleted; }},
+        {{"--pids"},
+         [](const Options& o) {
+             return !o.question.asked.service && !o.question.asked.connection;
+         }},
+        {{"-q", "--where", "user=a", "--folders", "no"},
+         [](const Options& o) {
+             const cli::Asked& asked = o.question.asked;
+             return !asked.service && asked.connection && asked.folder;
+         }},
+        {{"--count-by", "service"},
+         [](const Options& o) { return o.question.asked.service && !o.question.asked.connection; }},
+        {{"--print0", "path", "--sort", "host"},
+         [](const Options& o) { return !o.question.asked.service && o.question.asked.connection; }},
         {{"--by=volume"}, [](const Options& o) { return o.question.by == 1; }},
         {{"--sort", "pid", "--reverse"},
-         [](const Options& o) { return o.question.sort == Column::kPid && o.question.reverse; }},
+         [](const Options& o) {
+             return o.question.sort == std::vector{Column::kPid} && o.question.reverse;
+         }},
         {{"--json"}, [](const Options& o) { return o.presentation.format == Format::kJson; }},
         {{"--json", "--format", "json"},
          [](const Options& o) { return o.presentation.format == Format::kJson; }},
@@ -74,6 +150,23 @@ TEST(Arguments, MeanWhatTheySay) {
         {{"-q", "--strict"}, [](const Options& o) { return o.quiet && o.strict; }},
         {{"--limit", "3"}, [](const Options& o) { return o.presentation.limit == 3u; }},
         {{"metrics", "--output", "/a b"}, [](const Options& o) { return o.outputFile == "/a b"; }},
+        {{"busy", "/a", "--pids", "/b"},
+         [](const Options& o) {
+             return o.command == cli::Command::kBusy && o.question.selection.paths.size() == 2 &&
+                    o.presentation.format == Format::kPids && !o.waitSeconds && !o.inside;
+         }},
+        {{"idle", "--wait=2.5", "--inside", "-q"},
+         [](const Options& o) {
+             return o.command == cli::Command::kIdle && o.waitSeconds == 2.5 && o.inside && o.quiet;
+         }},
+        {{"idle", "--wait", "60"},
+         [](const Options& o) {
+             return o.waitSeconds > 1e9 && o.question.selection.paths == Words{"60"};
+         }},
+        {{"idle", "--", "--wait"},
+         [](const Options& o) {
+             return !o.waitSeconds && o.question.selection.paths == Words{"--wait"};
+         }},
         {{"-V"}, [](const Options& o) { return o.version; }},
         {{"help"}, [](const Options& o) { return o.help && o.command == cli::Command::kList; }},
         {{"help", "metrics"},
@@ -103,9 +196,12 @@ struct RefusedCase {
 TEST(Arguments, AreRefusedWithAWordOfHelp) {
     const RefusedCase kCases[] = {
         {{"--sotr", "pid"}, "did you mean '--sort'"},
+        {{"busy", "--wait=soon"}, "seconds"},
+        {{"busy", "--json", "--pids"}, "only one"},
+        {{"idle", "--by", "volume"}, "there is no option '--by'"},
         {{"--wher=user=x"}, "did you mean '--where'"},
         {{"--sort", "usr"}, "did you mean 'user'"},
-        {{"--sort", "time"}, "it takes: service, pid"},
+        {{"--sort", "path,tme"}, "did you mean 'time'"},
         {{"--columns", "path,pth"}, "did you mean 'path'"},
         {{"--columns", "path,path"}, "twice"},
         {{"--columns", ""}, "it takes"},
@@ -114,8 +210,28 @@ TEST(Arguments, AreRefusedWithAWordOfHelp) {
         {{"--hidden", "onyl"}, "did you mean 'only'"},
         {{"--where", "alice"}, "COLUMN=TEXT"},
         {{"--where", "user="}, "behind the '='"},
-        {{"--where", "hidden=yes"}, "it takes"},
-        {{"--sort"}, "--sort needs a column behind it"},
+        {{"--where", "hiden=yes"}, "did you mean 'hidden'"},
+        {{"--where", "user>a"}, "user can't be compared"},
+        {{"--where", "size>big"}, "a size such as"},
+        {{"--where", "size>-1"}, "a size such as"},
+        {{"--where", "started<soon"}, "an age such as"},
+        {{"--where", "pid>1K"}, "a number"},
+        {{"--where", "size>"}, "behind the '>'"},
+        {{"--since", "yesterday"}, "--since takes"},
+        {{"--columns", "+sze"}, "did you mean 'size'"},
+        {{"--columns", ","}, "it takes"},
+        {{"-o"}, "--columns needs columns"},
+        {{"--json", "-o", "+size"}, "--columns"},
+        {{"--sum", "size"}, "--count-by"},
+        {{"--count-by", "user", "--sum", "pid"}, "it takes: size, space"},
+        {{"--group-by", "user", "--json"}, "--group-by"},
+        {{"--group-by", "user", "--watch"}, "--group-by"},
+        {{"--wide", "--json"}, "--wide"},
+        {{"--schema", "3", "--json"}, "it takes: 1, 2"},
+        {{"--schema", "2"}, "for JSON"},
+        {{"busy", "--schema", "2", "--pids"}, "for JSON"},
+        {{"--json", "--header"}, "--header"},
+        {{"--sort"}, "--sort needs columns with commas between them behind it"},
         {{"--where"}, "--where needs COLUMN=TEXT behind it"},
         {{"--deleted"}, "--deleted needs 'yes', 'no' or 'only' behind it"},
         {{"metrics", "--output"}, "--output needs the name of a file behind it"},
@@ -126,6 +242,9 @@ TEST(Arguments, AreRefusedWithAWordOfHelp) {
         {{"--timeout", "0"}, "seconds"},
         {{"--timeout", "nan"}, "seconds"},
         {{"--watch=never"}, "seconds"},
+        {{"--jobs", "0"}, "from 1 to 1024"},
+        {{"--jobs", "1025"}, "from 1 to 1024"},
+        {{"--source", "proc"}, "auto, iterator, walk"},
         {{"--json", "--pids"}, "only one"},
         {{"--json", "--columns", "path"}, "--columns"},
         {{"--pids", "--no-header"}, "--no-header"},
@@ -152,8 +271,9 @@ TEST(Columns, BeginWithThoseOfTheLibrary) {
     }
 }
 
-constexpr cli::Command kCommands[] = {cli::Command::kList, cli::Command::kServices,
-                                      cli::Command::kCheck, cli::Command::kMetrics};
+constexpr cli::Command kCommands[] = {cli::Command::kList,  cli::Command::kServices,
+                                      cli::Command::kCheck, cli::Command::kMetrics,
+                                      cli::Command::kBusy,  cli::Command::kIdle};
 
 TEST(Help, FitsAScreen) {
     for (const cli::Command command : kCommands) {

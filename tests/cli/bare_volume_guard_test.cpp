@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/host/bare_volume_guard.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/counts.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +10,7 @@ namespace {
 std::vector<std::pair<std::string, size_t>> Counted(cli::Snapshot& snapshot, bool reversed) {
     std::vector<std::pair<std::string, size_t>> counted;
     for (const auto& count :
-         cli::CountBy(snapshot, {cli::Column::kService, cli::Column::kUser}, reversed)) {
+         cli::CountBy(snapshot, {cli::Column::kService, cli::Column::kUser}, {}, reversed)) {
         counted.emplace_back(count.values[0] + "/" + count.values[1], count.files);
     }
     return counted;

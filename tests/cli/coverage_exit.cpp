@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // In place of _exit() in a build for coverage: forked workers end by that, which writes no data.
 
 extern "C" void __gcov_dump();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/host/deleted.h"
 
 #include <fcntl.h>

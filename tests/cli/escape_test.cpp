@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/text/escape.h"
 
 #include <gtest/gtest.h>
@@ -35,6 +36,18 @@ const EscapeCase kEscapeCases[] = {
     {"\xE2\x80\xA6", "\\u{2026}", "\\u{2026}"},
     {"\xEF\xBB\xBF", "\\u{FEFF}", "\\u{FEFF}"},
     {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80", "\\u{1F600}"},
+    {"a\xC2\xA0z", "a\\u{A0}z", "a\\u{A0}z"},
+    {"a\xE3\x80\x80z", "a\\u{3000}z", "a\\u{3000}z"},
+    {"a\xE2\x80\x8Dz", "a\\u{200D}z", "a\\u{200D}z"},
+    {"a\xE2\x80\x8Cz", "a\\u{200C}z", "a\\u{200C}z"},
+    {"a\xE2\x80\x8Bz", "a\\u{200B}z", "a\\u{200B}z"},
+    {"a\xC2\xADz", "a\\u{AD}z", "a\\u{AD}z"},
+    {"\xE3\x85\xA4", "\\u{3164}", "\\u{3164}"},
+    {"\xE1\x85\x9F", "\\u{115F}", "\\u{115F}"},
+    {"\xE2\xA0\x80", "\\u{2800}", "\\u{2800}"},
+    {"x\xEF\xB8\x8F", "x\\u{FE0F}", "x\\u{FE0F}"},
+    {"x\xCD\x8F", "x\\u{34F}", "x\\u{34F}"},
+    {"x\xF3\xA0\x84\x80", "x\\u{E0100}", "x\\u{E0100}"},
     {"\xC3", "\\xC3", "\\xC3"},
     {"\xED\xA0\x80", "\\xED\\xA0\\x80", "\\xED\\xA0\\x80"},
     {"\xF4\x90\x80\x80", "\\xF4\\x90\\x80\\x80", "\\xF4\\x90\\x80\\x80"},

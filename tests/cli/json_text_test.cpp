@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/text/json_text.h"
 
 #include <gtest/gtest.h>
@@ -47,11 +48,13 @@ TEST(Base64, EncodesTheVectorsOfItsDefinition) {
 
 TEST(JsonPreamble, SaysWhyItIsIncomplete) {
     std::string complete = "{";
-    cli::AppendJsonPreamble(complete, "share", "");
+    cli::AppendJsonPreamble(complete, {}, "share", "");
     EXPECT_EQ(complete, R"({"schema":1,"by":"share","complete":true,)");
     std::string incomplete = "{";
-    cli::AppendJsonPreamble(incomplete, "volume", "no rights");
-    EXPECT_EQ(incomplete, R"({"schema":1,"by":"volume","complete":false,"reason":"no rights",)");
+    cli::AppendJsonPreamble(incomplete, {2, "nas", "2024-03-07T14:05:09Z"}, "volume", "no rights");
+    EXPECT_EQ(incomplete,
+              R"({"schema":2,"machine":"nas","at":"2024-03-07T14:05:09Z","by":"volume",)"
+              R"("complete":false,"reason":"no rights",)");
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/metrics.h"
 
 #include <gtest/gtest.h>
@@ -25,16 +26,16 @@ TEST(LabelValue, IsEscapedUtf8) {
 
 TEST(Place, IsTheShareOrTheVolume) {
     auto file = Record("/volume1/photo/a/b");
-    EXPECT_EQ(cli::PlaceOf(file, VORN::FileHandle::ENUM_BY_VOLUME), "/volume1");
+    EXPECT_EQ(cli::PlaceOf(file), "/volume1");
     file.setPath("photo/a/b");
-    EXPECT_EQ(cli::PlaceOf(file, VORN::FileHandle::ENUM_BY_SHARE), "photo");
+    EXPECT_EQ(cli::PlaceOf(file), "photo");
     file.setPath("photo");
-    EXPECT_EQ(cli::PlaceOf(file, VORN::FileHandle::ENUM_BY_SHARE), "photo");
+    EXPECT_EQ(cli::PlaceOf(file), "photo");
 }
 
 /** Series of the open files with their values. */
 std::vector<std::string> Series(cli::Snapshot& snapshot) {
-    std::istringstream text(cli::MetricsText(snapshot, cli::Question(), 0.5));
+    std::istringstream text(cli::MetricsText(snapshot, cli::Question(), {}, 0.5));
     std::vector<std::string> series;
     for (std::string line; std::getline(text, line);) {
         if (line.rfind("vorn_openfiles_files{", 0) == 0) {

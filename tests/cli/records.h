@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_TESTS_CLI_RECORDS_H
 #define VORN_TESTS_CLI_RECORDS_H
 

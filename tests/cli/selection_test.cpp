@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/question/selection.h"
 
 #include <gtest/gtest.h>
@@ -41,7 +42,7 @@ TEST(Selection, TakesAnyOfAColumnAndAllOfTheColumns) {
     for (const ConditionCase& each : kCases) {
         Selection selection;
         selection.conditions = each.conditions;
-        EXPECT_EQ(cli::IsSelected(selection, file, false), each.selected);
+        EXPECT_EQ(cli::IsSelected(selection, file, {false}), each.selected);
     }
 }
 
@@ -60,16 +61,16 @@ TEST(Selection, TakesFlaggedFilesAsAsked) {
                              Case{Flagged::kOnly, false, true}}) {
         Selection selection;
         selection.hidden = each.wanted;
-        EXPECT_EQ(cli::IsSelected(selection, plain, false), each.plain);
-        EXPECT_EQ(cli::IsSelected(selection, hidden, false), each.flagged);
+        EXPECT_EQ(cli::IsSelected(selection, plain, {false}), each.plain);
+        EXPECT_EQ(cli::IsSelected(selection, hidden, {false}), each.flagged);
         selection = {};
         selection.folders = each.wanted;
-        EXPECT_EQ(cli::IsSelected(selection, plain, false), each.plain);
-        EXPECT_EQ(cli::IsSelected(selection, folder, false), each.flagged);
+        EXPECT_EQ(cli::IsSelected(selection, plain, {false}), each.plain);
+        EXPECT_EQ(cli::IsSelected(selection, folder, {false}), each.flagged);
         selection = {};
         selection.deleted = each.wanted;
-        EXPECT_EQ(cli::IsSelected(selection, plain, false), each.plain);
-        EXPECT_EQ(cli::IsSelected(selection, plain, true), each.flagged);
+        EXPECT_EQ(cli::IsSelected(selection, plain, {false}), each.plain);
+        EXPECT_EQ(cli::IsSelected(selection, plain, {true}), each.flagged);
     }
 }
 
@@ -95,8 +96,8 @@ TEST(Selection, KnowsADeletedFileByItsName) {
     Selection selection;
     selection.paths = {"/volume1/photo/a.jpg"};
     auto file = Record("/volume1/photo/a.jpg (deleted)");
-    EXPECT_TRUE(cli::IsSelected(selection, file, true));
-    EXPECT_FALSE(cli::IsSelected(selection, file, false));
+    EXPECT_TRUE(cli::IsSelected(selection, file, {true}));
+    EXPECT_FALSE(cli::IsSelected(selection, file, {false}));
 }
 
 }  // namespace

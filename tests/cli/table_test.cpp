@@ -1,6 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/formats/table.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <initializer_list>
+#include <string>
 
 namespace {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <gtest/gtest.h>
 #include <json/json.h>
 
@@ -6,6 +7,7 @@
 #include "cli/answer/counts.h"
 #include "cli/answer/files.h"
 #include "cli/answer/formats/json_writer.h"
+#include "cli/answer/screen.h"
 #include "tests/cli/records.h"
 
 namespace {
@@ -28,6 +30,48 @@ cli::Presentation In(Format format, std::vector<cli::Column> columns = {}) {
     presentation.format = format;
     presentation.columns = std::move(columns);
     return presentation;
+}
+
+TEST(Writer, WritesTheSameWithSeveralThreads) {
+    for (const size_t records : {0, 1, 2, 1999, 2001, 2002, 100001}) {
+        for (const Format format : {Format::kTable, Format::kJson, Format::kJsonl, Format::kCsv,
+                                    Format::kPrint0, Format::kPids}) {
+            std::string texts[2];
+            for (const size_t jobs : {1, 3}) {
+                cli::Snapshot snapshot;
+                for (size_t i = 0; i < records; ++i) {
+                    snapshot.files.push_back(Record("/volume1/\n" + std::to_string(i)));
+                    if (i % 7 == 0) {
+                        snapshot.deleted.insert(&snapshot.files.back());
+                    }
+                }
+                snapshot.jobs = jobs;
+                cli::Output output(cli::Output::kNowhere);
+                cli::Presentation presentation = In(format);
+                presentation.limit = 60000;
+                cli::WriteFiles(snapshot, cli::Question(), presentation, cli::Terminal(), output);
+                texts[jobs == 1 ? 0 : 1] = output.Text();
+            }
+            EXPECT_EQ(texts[0] == texts[1], true) << records << ' ' << static_cast<int>(format);
+        }
+    }
+}
+
+TEST(Frame, IsWrittenAsFarAsItChanges) {
+    cli::Frame frame;
+    const auto drawn = [&](const std::string& lines) {
+        cli::Output output(cli::Output::kNowhere);
+        frame.Draw(lines, output);
+        return output.Text();
+    };
+    EXPECT_EQ(drawn("1\na\nb\n"), "\x1B[H1\x1B[K\na\x1B[K\nb\x1B[K\x1B[J");
+    EXPECT_EQ(drawn("1\na\nb\n"), "");
+    EXPECT_EQ(drawn("2\na\nb\n"), "\x1B[H2\x1B[K");
+    EXPECT_EQ(drawn("2\na\n"), "\x1B[H2\x1B[K\na\x1B[K\x1B[J");
+    frame.Forget();
+    EXPECT_EQ(drawn("2\na\n"), "\x1B[H2\x1B[K\na\x1B[K\x1B[J");
+    EXPECT_EQ(drawn("2\n"), "\x1B[H2\x1B[K\x1B[J");
+    EXPECT_EQ(drawn("2\n"), "");
 }
 
 TEST(Writer, WritesEachFormat) {
@@ -59,6 +103,46 @@ TEST(Writer, WritesJsonWithTypes) {
     const std::string begin = R"({"schema":1,"by":"share","complete":true,"files":[)";
     EXPECT_EQ(json.substr(0, begin.size() + 1 + first.size()), begin + "\n" + first);
     EXPECT_EQ(json.substr(json.size() - 5), "}\n]}\n");
+}
+
+TEST(Writer, WritesTheTypesOfTheSecondSchema) {
+    cli::Snapshot snapshot;
+    snapshot.files = {Record("/volume1/a", "-"), Record("/volume1/gone", "bob")};
+    cli::Facts& facts = snapshot.facts[&snapshot.files.front()];
+    auto process = std::make_shared<cli::HolderFacts>();
+    process->started = 1709820309;
+    facts.process = process;
+    facts.descriptors = {3, 4, 5};
+    facts.modes = {"r", "rwa"};
+    facts.files = {{true, 4097, 8192, 0, 7, 0}};
+    facts.locks = {
+        {*cli::ParseKernelLock("1: POSIX  ADVISORY  WRITE 7 08:01:1 5 EOF"), {{8, "-"}}}};
+    snapshot.facts[&snapshot.files.back()];
+    auto presentation =
+        In(Format::kJsonl,
+           {cli::Column::kPid, cli::Column::kHidden, cli::Column::kUser, cli::Column::kStarted,
+            cli::Column::kFd, cli::Column::kMode, cli::Column::kSize, cli::Column::kLocks});
+    presentation.schema = 2;
+    cli::Output output(cli::Output::kNowhere);
+    cli::WriteFiles(snapshot, cli::Question(), presentation, cli::Terminal(), output);
+    EXPECT_EQ(output.Text(),
+              R"({"pid":4711,"hidden":false,"user":null,"started":"2024-03-07T14:05:09Z",)"
+              R"("fd":[3,4,5],"mode":["r","rwa"],"size":4097,"locks":[{"kind":"POSIX",)"
+              R"("access":"write","begin":5,"end":null,"awaited_by":[{"pid":8,"command":null}]}]})"
+              "\n"
+              R"({"pid":4711,"hidden":false,"user":"bob","started":null,"fd":null,"mode":null,)"
+              R"("size":null,"locks":null})"
+              "\n");
+}
+
+TEST(Writer, BeginsLinesWithAHeaderOnRequest) {
+    auto presentation = In(Format::kJsonl);
+    presentation.jsonHeader = true;
+    const std::string lines = Written(presentation);
+    EXPECT_EQ(lines.substr(0, lines.find('\n')),
+              R"({"schema":1,"by":"share","complete":true,"list":"files"})");
+    presentation.jsonHeader = false;
+    EXPECT_EQ(lines.substr(lines.find('\n') + 1), Written(presentation));
 }
 
 TEST(Writer, EndsAtTheLimitAndLeavesHeadingsOut) {
@@ -109,7 +193,7 @@ Json::Value Parse(const std::string& text) {
 std::string Object(cli::OpenedFile file, bool deleted, bool withTime) {
     const std::vector<cli::Column> columns = cli::AllColumns(withTime);
     cli::Row row;
-    cli::FillRow(row, file, columns, deleted);
+    cli::FillRow(row, file, columns, {deleted});
     std::string text;
     cli::AppendJsonObject(text, cli::HeadingsOf(columns), row);
     return text;

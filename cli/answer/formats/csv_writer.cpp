@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/formats/csv_writer.h"
 
 namespace cli {
@@ -25,6 +26,10 @@ void CsvWriter::Begin(std::vector<Heading> headings) {
         }
         Record(row);
     }
+}
+
+std::unique_ptr<RecordWriter> CsvWriter::Part(Output& output) const {
+    return std::make_unique<CsvWriter>(false, output);
 }
 
 void CsvWriter::Record(const Row& row) {

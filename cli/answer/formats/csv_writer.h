@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_FORMATS_CSV_WRITER_H
 #define VORN_CLI_ANSWER_FORMATS_CSV_WRITER_H
 
@@ -13,6 +14,7 @@ public:
     void Begin(std::vector<Heading> headings) override;
     void Record(const Row& row) override;
     void End() override {}
+    std::unique_ptr<RecordWriter> Part(Output& output) const override;
 
 private:
     bool header_;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_FORMATS_JSON_WRITER_H
 #define VORN_CLI_ANSWER_FORMATS_JSON_WRITER_H
 
@@ -11,13 +12,16 @@ void AppendJsonObject(std::string& out, const std::vector<Heading>& headings, co
 /** One document with all records in a list. */
 class JsonWriter : public RecordWriter {
 public:
-    JsonWriter(const Document& document, Output& output) : document_(document), output_(output) {}
+    JsonWriter(int schema, const Document& document, Output& output)
+        : schema_(schema), document_(document), output_(output) {}
 
     void Begin(std::vector<Heading> headings) override;
     void Record(const Row& row) override;
     void End() override;
+    std::unique_ptr<RecordWriter> Part(Output& output) const override;
 
 private:
+    int schema_;
     Document document_;
     Output& output_;
     std::vector<Heading> headings_;
@@ -27,13 +31,19 @@ private:
 /** One object a line. */
 class JsonlWriter : public RecordWriter {
 public:
-    explicit JsonlWriter(Output& output) : output_(output) {}
+    /** @param header  whether the first line says what a document would */
+    JsonlWriter(int schema, bool header, const Document& document, Output& output)
+        : schema_(schema), header_(header), document_(document), output_(output) {}
 
-    void Begin(std::vector<Heading> headings) override { headings_ = std::move(headings); }
+    void Begin(std::vector<Heading> headings) override;
     void Record(const Row& row) override;
     void End() override {}
+    std::unique_ptr<RecordWriter> Part(Output& output) const override;
 
 private:
+    int schema_;
+    bool header_;
+    Document document_;
     Output& output_;
     std::vector<Heading> headings_;
 };

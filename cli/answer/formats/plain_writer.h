@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_FORMATS_PLAIN_WRITER_H
 #define VORN_CLI_ANSWER_FORMATS_PLAIN_WRITER_H
 
@@ -19,6 +20,7 @@ public:
     void Begin(std::vector<Heading>) override {}
     void Record(const Row& row) override;
     void End() override {}
+    std::unique_ptr<RecordWriter> Part(Output& output) const override;
 
 private:
     char end_;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/formats/table.h"
 
 #include <algorithm>
@@ -63,6 +64,13 @@ void Table::Add(std::string_view text) {
     cells_.push_back({text_.size(), width});
 }
 
+void Table::AddLine(std::string_view text, Style style) {
+    BeginRow(style);
+    lines_.insert(Rows() - 1);
+    AppendEscaped(text_, text, terminal_.utf8);
+    cells_.resize(cells_.size() + widths_.size(), {text_.size(), 0});
+}
+
 void Table::Fit() {
     widths_ = FittedWidths(std::move(widths_), terminal_.width);
 }
@@ -94,8 +102,12 @@ void Table::AppendRow(std::string& out, size_t row) const {
         out += StyleBegin(styles_[row]);
     }
     const size_t columns = widths_.size();
-    for (size_t column = 0; column < columns; ++column) {
-        AppendCell(out, row * columns + column);
+    if (!lines_.empty() && lines_.count(row) != 0) {
+        out += Shortened(CellText(row * columns), terminal_.width, terminal_.utf8);
+    } else {
+        for (size_t column = 0; column < columns; ++column) {
+            AppendCell(out, row * columns + column);
+        }
     }
     // A cell's own blanks are escaped where they would be last.
     out.resize(out.find_last_not_of(' ') + 1);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_FORMATS_TABLE_H
 #define VORN_CLI_ANSWER_FORMATS_TABLE_H
 
@@ -6,6 +7,7 @@
  * Aligned columns, one line a row.
  */
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,6 +33,9 @@ public:
     /** Adds a cell to the row; each row needs all of them. */
     void Add(std::string_view text);
 
+    /** A row that is one text, whatever the widths of columns. */
+    void AddLine(std::string_view text, Style style);
+
     size_t Rows() const { return styles_.size(); }
     /** Appends a row, with its newline; blanks that nothing follows are left out. */
     void AppendRow(std::string& out, size_t row) const;
@@ -52,6 +57,7 @@ private:
     std::vector<Cell> cells_;
     std::vector<Style> styles_;
     std::vector<size_t> widths_;
+    std::set<size_t> lines_; /**< rows whose first cell is all that they have */
 };
 
 /** Widths of at most total columns, gaps of two included, that shorten the widest first. */

@@ -1,6 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/formats/table_writer.h"
 
 #include <algorithm>
+
+#include "cli/text/number_text.h"
+#include "support/numbers.h"
 
 namespace cli {
 namespace {
@@ -11,6 +15,11 @@ std::string UpperCase(std::string text) {
         return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
     });
     return text;
+}
+
+std::string SizeText(const std::string& cell) {
+    const auto bytes = support::ParseNumber<std::uint64_t>(cell);
+    return bytes ? ShortSize(*bytes) : cell;
 }
 
 }  // namespace
@@ -37,9 +46,20 @@ void TableWriter::Record(const Row& row) {
         AddHeading();
     }
     table_->BeginRow(row.style);
-    for (const std::string& cell : row.cells) {
-        table_->Add(cell);
+    for (size_t i = 0; i < row.cells.size(); ++i) {
+        if (headings_[i].kind == Kind::kSize) {
+            table_->Add(SizeText(row.cells[i]));
+        } else {
+            table_->Add(row.cells[i]);
+        }
     }
+}
+
+void TableWriter::Section(const std::string& title) {
+    if (header_ && table_->Rows() == 0) {
+        AddHeading();
+    }
+    table_->AddLine(title, Style::kHeading);
 }
 
 void TableWriter::End() {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_FORMATS_TABLE_WRITER_H
 #define VORN_CLI_ANSWER_FORMATS_TABLE_WRITER_H
 
@@ -16,6 +17,7 @@ public:
         : header_(header), terminal_(terminal), output_(output) {}
 
     void Begin(std::vector<Heading> headings) override;
+    void Section(const std::string& title) override;
     void Record(const Row& row) override;
     void End() override;
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/answer/formats/writer.h"
 
 #include "cli/answer/formats/csv_writer.h"
@@ -7,13 +8,18 @@
 
 namespace cli {
 
+std::unique_ptr<RecordWriter> RecordWriter::Part(Output& /*output*/) const {
+    return nullptr;
+}
+
 std::unique_ptr<RecordWriter> MakeWriter(const Presentation& presentation, const Document& document,
                                          const Terminal& terminal, Output& output) {
     switch (presentation.format) {
         case Format::kJson:
-            return std::make_unique<JsonWriter>(document, output);
+            return std::make_unique<JsonWriter>(presentation.schema, document, output);
         case Format::kJsonl:
-            return std::make_unique<JsonlWriter>(output);
+            return std::make_unique<JsonlWriter>(presentation.schema, presentation.jsonHeader,
+                                                 document, output);
         case Format::kCsv:
             return std::make_unique<CsvWriter>(presentation.header, output);
         case Format::kPrint0:
@@ -23,7 +29,9 @@ std::unique_ptr<RecordWriter> MakeWriter(const Presentation& presentation, const
         case Format::kTable:
             break;
     }
-    return std::make_unique<TableWriter>(presentation.header, terminal, output);
+    Terminal shown = terminal;
+    shown.width = presentation.wide ? Terminal::kUnlimited : terminal.width;
+    return std::make_unique<TableWriter>(presentation.header, shown, output);
 }
 
 }  // namespace cli

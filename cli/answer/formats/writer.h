@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_ANSWER_FORMATS_WRITER_H
 #define VORN_CLI_ANSWER_FORMATS_WRITER_H
 
@@ -21,9 +22,12 @@ namespace cli {
 /** What the texts of a column are, for formats that tell kinds apart. */
 enum class Kind {
     kText,
-    kNumber,
-    kFlag, /**< "yes" or "no" */
-    kBit   /**< the same, which JSON has as 1 or 0 */
+    kNumber,   /**< or "-", which JSON has as null */
+    kSize,     /**< a number of bytes, which a table shortens, or "-" */
+    kFlag,     /**< "yes" or "no" */
+    kBit,      /**< the same, which JSON has as 1 or 0 */
+    kOptional, /**< a text, or "-", which JSON has as null */
+    kJson      /**< JSON as it is */
 };
 
 struct Heading {
@@ -51,6 +55,15 @@ public:
     virtual void Begin(std::vector<Heading> headings) = 0;
     virtual void Record(const Row& row) = 0;
     virtual void End() = 0;
+    /** What the records that follow have in common; only tables have such sections. */
+    virtual void Section(const std::string& /*title*/) {}
+
+    /**
+     * After the first record: a writer of some of those that follow, which has begun already and
+     * doesn't end, so that several threads can each write a part. Null for a format whose records
+     * depend on each other.
+     */
+    virtual std::unique_ptr<RecordWriter> Part(Output& output) const;
 };
 
 /** What a JSON document says of the list that it holds. */

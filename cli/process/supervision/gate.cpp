@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/process/supervision/gate.h"
 
 #include <sys/socket.h>

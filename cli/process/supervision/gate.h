@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_CLI_PROCESS_SUPERVISION_GATE_H
 #define VORN_CLI_PROCESS_SUPERVISION_GATE_H
 
@@ -45,6 +46,9 @@ public:
     private:
         Gate& gate_;
     };
+
+    /** Whether this process works for another of the same program, its parent. */
+    bool HasSupervisor() const { return socket_ >= 0; }
 
     /** Tells the supervisor, who may have to end the work by itself, what its exit status is. */
     void TellFound();

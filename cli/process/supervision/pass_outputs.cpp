@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/process/supervision/pass_outputs.h"
 
 #include <sys/socket.h>

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 #include "cli/process/supervision/supervisor.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/process/supervision/volume_probes.h"
 
 #include <fcntl.h>

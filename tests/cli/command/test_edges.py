@@ -99,7 +99,3 @@ class Words(unittest.TestCase):
         self.assertEqual(run("help").stdout, run("--help").stdout)
         self.assertEqual(run("-V").stdout, run("--version").stdout)
         self.assertRegex(run("-V").stdout.decode(), r"\Avorn-openfiles \d+\.\d+\.\d+\n\Z")
-
-
-if __name__ == "__main__":
-    unittest.main()

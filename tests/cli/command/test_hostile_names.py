@@ -141,7 +141,3 @@ class HostileNames(unittest.TestCase):
     def test_metrics(self):
         self.assertIn(b'vorn_openfiles_files{share="photo",service="Internal service",user="-"} %d\n' % FILES,
                       self.output("metrics"))
-
-
-if __name__ == "__main__":
-    unittest.main()

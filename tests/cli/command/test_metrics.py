@@ -6,7 +6,6 @@ import re
 import socket
 import stat
 import subprocess
-import time
 import unittest
 import urllib.parse
 import urllib.request
@@ -14,10 +13,10 @@ import urllib.request
 from harness.command import run
 from harness.files import touch
 from harness.processes import Holder
+from harness.waiting import PATIENCE, wait_until
 
 FOLDER = "/tmp/textfiles"
 OUTPUT = FOLDER + "/vorn_openfiles.prom"
-PATIENCE = 60
 
 
 def free_port():
@@ -26,18 +25,12 @@ def free_port():
         return probe.getsockname()[1]
 
 
-def until(attempt):
-    deadline = time.monotonic() + PATIENCE
-    while True:
-        try:
-            found = attempt()
-            if found:
-                return found
-        except OSError:
-            pass
-        if time.monotonic() > deadline:
-            raise AssertionError("waited in vain")
-        time.sleep(0.1)
+def asked(url):
+    """What Prometheus says; nothing as long as it doesn't answer."""
+    try:
+        return json.load(urllib.request.urlopen(url))["data"]["result"]
+    except OSError:
+        return None
 
 
 class Metrics(unittest.TestCase):
@@ -156,14 +149,10 @@ class Metrics(unittest.TestCase):
         query = urllib.parse.urlencode({"query": "vorn_openfiles_files"})
         url = f"http://127.0.0.1:{prometheus_port}/api/v1/query?{query}"
         try:
-            result = until(lambda: json.load(urllib.request.urlopen(url))["data"]["result"])
+            result = wait_until(lambda: asked(url), "Prometheus to have read the metrics")
         finally:
             for server in (exporter, prometheus):
                 server.terminate()
                 server.wait()
         self.assertEqual({series["metric"]["share"]: series["value"][1] for series in result},
                          {'a "b\\c\n\ufffd': "1", "photo": "1", "music": "1"})
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -12,8 +12,8 @@ from harness.processes import Holder
 from harness.terminal import Terminal
 
 DATA = os.path.join(os.environ["VORN_SOURCE"], "data")
-SCHEMA = os.path.join(DATA, "schema/vorn-openfiles-1.schema.json")
-COMMANDS = ("list", "services", "check", "metrics")
+SCHEMA = os.path.join(DATA, "schema/vorn-openfiles-%s.schema.json")
+COMMANDS = ("list", "services", "check", "metrics", "busy", "idle", "disconnect")
 WITH_COMMAND = os.path.dirname(COMMAND) + ":" + os.environ["PATH"]
 OPTION = re.compile(r"(?<![\w-])--?[A-Za-z][a-z0-9-]*")
 
@@ -43,7 +43,7 @@ def is_option(option):
 
 
 def offered_by_help():
-    usage = run("--help").stdout.decode().split("\nExamples:")[0]
+    usage = "".join(run(command, "--help").stdout.decode().split("\nExample")[0] for command in COMMANDS)
     return {word for word in OPTION.findall(usage) if word != "-0"}
 
 
@@ -63,7 +63,8 @@ class Options(unittest.TestCase):
 
     def test_bash_completion(self):
         self.assertEqual(self.offered_by_bash("-") | self.offered_by_bash("check -")
-                         | self.offered_by_bash("metrics -"), self.options)
+                         | self.offered_by_bash("metrics -") | self.offered_by_bash("busy -")
+                         | self.offered_by_bash("disconnect -"), self.options)
 
     def offered_by_bash(self, line):
         script = f"""
@@ -79,7 +80,7 @@ class Options(unittest.TestCase):
         return set(result.stdout.decode().split("\n")) - {""}
 
     def test_bash_completes_columns_services_and_users(self):
-        self.assertEqual(self.offered_by_bash("--sort h"), {"host"})
+        self.assertEqual(self.offered_by_bash("--sort ho"), {"host"})
         self.assertEqual(self.offered_by_bash("--columns path,fo"), {"path,folder"})
         self.assertEqual(self.offered_by_bash("--format js"), {"json", "jsonl"})
         self.assertEqual(self.offered_by_bash("ch"), {"check"})
@@ -132,7 +133,7 @@ class Options(unittest.TestCase):
 
     def test_columns_are_the_same_everywhere(self):
         columns = re.search(r"it takes: (.*)", run("--columns", "?").stderr.decode()).group(1).split(", ")
-        self.assertEqual(len(columns), 11)
+        self.assertEqual(len(columns), 25)
         for name in ("completions/_vorn-openfiles", "completions/vorn-openfiles.bash",
                      "completions/vorn-openfiles.fish"):
             self.assertIn(" ".join(columns), read(name))
@@ -145,11 +146,11 @@ class Options(unittest.TestCase):
 
 
 class Schema(unittest.TestCase):
-    def validate(self, instance, definition=None):
-        with open(SCHEMA, encoding="utf-8") as file:
+    def validate(self, instance, definition=None, name="1"):
+        with open(SCHEMA % name, encoding="utf-8") as file:
             schema = json.load(file)
         if definition:
-            schema.pop("oneOf")
+            schema.pop("oneOf", None)
             schema["$ref"] = "#/$defs/" + definition
         for name, content in (("schema", json.dumps(schema).encode()), ("instance", instance)):
             with open("/tmp/" + name, "wb") as file:
@@ -157,8 +158,8 @@ class Schema(unittest.TestCase):
         return subprocess.run(["/usr/bin/python3", "-W", "ignore", "-m", "jsonschema", "-i", "/tmp/instance",
                                "/tmp/schema"], capture_output=True, check=False)
 
-    def check(self, instance, definition=None):
-        result = self.validate(instance, definition)
+    def check(self, instance, definition=None, name="1"):
+        result = self.validate(instance, definition, name)
         self.assertEqual((result.returncode, result.stderr), (0, b""))
 
     def test_every_output_is_as_the_schema_has_it(self):
@@ -176,14 +177,52 @@ class Schema(unittest.TestCase):
             watch.wait(20)
         self.check(run("services", "--json").stdout, "services")
         self.check(run("check", "--json").stdout, "check")
+        with Holder([touch(b"/volume1/photo/\xff"), touch(b"/volume1/photo/a")]):
+            for command in ("busy", "idle"):
+                self.check(run(command, "--json").stdout, "busy")
+                self.check(run(command, "--inside", "--json").stdout, "busy")
+            self.check(run("disconnect", "--dry-run", "--json").stdout, "disconnect")
+        self.check(run("disconnect", "--dry-run", "--json").stdout, "disconnect")
+        for arguments in ([], ["--inside"]):
+            self.check(run("busy", "--json", "/volume2", *arguments).stdout, "busy")
         self.check(run("--json", "/volume2").stdout)
+
+    def test_every_output_is_as_the_second_schema_has_it(self):
+        two = ("--schema", "2")
+        gone = touch(b"/volume1/photo/\xff gone")
+        with Holder([gone, touch(b"/volume1/photo/a"), b"/volume1/photo"]) as holder:
+            os.unlink(gone)
+            document = run("--json", "--time", *two).stdout
+            self.check(document, name="2")
+            [record] = [file for file in json.loads(document)["files"] if file["filename"] == "a"]
+            self.assertEqual([record[key] for key in ("pid", "hidden", "user", "owner", "mode", "size", "locks")],
+                             [holder.pid, False, None, "root", ["r"], 0, []])
+            self.assertEqual(json.loads(document)["machine"], os.uname().nodename)
+            self.assertEqual([type(number) for number in record["fd"]], [int])
+            self.check(run("--json", "--columns", "pid,fd", *two).stdout, name="2")
+            self.check(run("--json", "--count-by", "pid,mode,deleted", "--sum", "size", *two).stdout, name="2")
+            lines = run("--format", "jsonl", "--header", *two).stdout.splitlines()
+            self.check(lines[0], "header", "2")
+            self.check(lines[1], "file", "2")
+            watch = subprocess.Popen([COMMAND, "--watch", "--format", "jsonl", *two], stdout=subprocess.PIPE)
+            self.check(watch.stdout.readline(), "event", "2")
+            watch.stdout.close()
+            watch.wait(20)
+            for command in ("busy", "idle"):
+                self.check(run(command, "--json", *two).stdout, name="busy-2")
+        self.check(run("services", "--json", *two).stdout, name="services-2")
+        self.check(run("check", "--json", *two).stdout, name="check-2")
+
+    def test_second_schema_refuses_the_first_one_and_each_other(self):
+        documents = {name: run(*command, "--json", "--schema", "2").stdout for name, command in
+                     (("2", []), ("check-2", ["check"]), ("services-2", ["services"]), ("busy-2", ["busy"]))}
+        for name, document in documents.items():
+            for schema in documents:
+                self.assertEqual(self.validate(document, name=schema).returncode, int(schema != name), (name, schema))
+        self.assertEqual(self.validate(run("--json").stdout, name="2").returncode, 1)
 
     def test_schema_refuses_what_is_no_output(self):
         for wrong in ("{}", '{"schema":2,"by":"share","complete":true,"files":[]}',
                       '{"schema":1,"by":"share","complete":false,"files":[]}',
                       '{"schema":1,"by":"share","complete":true,"files":[{"pid":"1"}]}'):
             self.assertEqual(self.validate(wrong.encode()).returncode, 1, wrong)
-
-
-if __name__ == "__main__":
-    unittest.main()

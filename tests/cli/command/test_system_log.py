@@ -4,17 +4,16 @@ import os
 import re
 import socket
 import subprocess
-import time
 import unittest
 
 from harness.command import run
 from harness.files import touch
 from harness.processes import Holder
+from harness.waiting import PATIENCE, wait_until
 
 DEVICE = "/dev/log"
 FORGED = b"/volume1/photo/x\n<3>forged: line"
 MESSAGE = b"Failed to stat file [" + FORGED + b" (deleted)], skipped."
-PATIENCE = 60
 
 RSYSLOG = """
 module(load="imuxsock" SysSock.Use="off")
@@ -29,14 +28,6 @@ def list_with_times():
     with Holder([FORGED]):
         os.unlink(FORGED)
         return run("--time")
-
-
-def until(condition, otherwise):
-    deadline = time.monotonic() + PATIENCE
-    while not condition():
-        if time.monotonic() > deadline:
-            raise AssertionError(otherwise())
-        time.sleep(0.05)
 
 
 def content(path):
@@ -73,9 +64,9 @@ class SystemLog(unittest.TestCase):
         daemon = subprocess.Popen(["rsyslogd", "-n", "-f", "/tmp/rsyslog.conf", "-i", "/tmp/rsyslog.pid"],
                                   stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         try:
-            until(lambda: os.path.exists(DEVICE) or daemon.poll() is not None, lambda: "rsyslogd does not listen")
+            wait_until(lambda: os.path.exists(DEVICE) or daemon.poll() is not None, "rsyslogd to listen")
             self.assertEqual(list_with_times().returncode, 0)
-            until(lambda: b"forged" in content("/tmp/messages"), lambda: content("/tmp/messages"))
+            wait_until(lambda: b"forged" in content("/tmp/messages"), "rsyslogd to write the message")
         finally:
             daemon.terminate()
             said = daemon.communicate(timeout=PATIENCE)[0]
@@ -83,7 +74,3 @@ class SystemLog(unittest.TestCase):
         self.assertIn(b"x#012<3>forged: line (deleted)], skipped.", b"\n".join(lines), said)
         self.assertEqual([line for line in lines if re.match(rb"(<3>)?\s*forged", line)], [])
         self.assertEqual(sum(b"forged" in line for line in lines), 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -241,7 +241,3 @@ class Events(unittest.TestCase):
             watch.stdout.readline()
             watch.stdout.close()
             self.assertEqual(watch.wait(20), 0)
-
-
-if __name__ == "__main__":
-    unittest.main()

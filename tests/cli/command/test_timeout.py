@@ -2,6 +2,7 @@
 
 import json
 import os
+import resource
 import signal
 import subprocess
 import sys
@@ -13,8 +14,11 @@ from harness.files import touch
 from harness.fuse_volume import FILE, FuseVolume
 from harness.processes import Holder, plain_environment
 from harness.terminal import Terminal
+from harness.waiting import wait_until
 
 PATIENCE = 20
+# Asks the volume which of its files are folders; the kernel's iterator knows without.
+ASKS = ("--by", "volume", "--source", "walk")
 NO_ANSWER = b"vorn-openfiles: no answer within 0.5 s; volumes that don't answer: /volume9\n"
 
 
@@ -64,12 +68,7 @@ class DeadVolume(unittest.TestCase):
 
     def nothing_is_left(self):
         """Once nothing blocks them any more, even workers that couldn't be killed end."""
-        self.until(lambda: not commands(), "a process of the command is left")
-
-    def until(self, condition, otherwise):
-        deadline = time.monotonic() + PATIENCE
-        while not condition():
-            self.assertLess(time.monotonic(), deadline, otherwise)
+        wait_until(lambda: not commands(), "the last process of the command to end", PATIENCE)
 
     def test_is_listed_while_it_lives(self):
         result = run("--by", "volume", "--print0", "full_path", "--timeout", "60")
@@ -77,7 +76,7 @@ class DeadVolume(unittest.TestCase):
 
     def test_is_named_in_time(self):
         self.volume.die()
-        for arguments in ([], ["--by", "volume", "--json"], ["--count-by", "user"], ["-q", FILE], ["metrics"],
+        for arguments in ([], [*ASKS, "--json"], ["--count-by", "user"], ["-q", FILE], ["metrics"],
                           ["check"]):
             begin = time.monotonic()
             result = run(*arguments, "--timeout", "0.5", timeout=PATIENCE)
@@ -85,18 +84,73 @@ class DeadVolume(unittest.TestCase):
             self.assertEqual((result.returncode, result.stdout, result.stderr), (2, b"", NO_ANSWER), arguments)
         self.assertTrue(any(state_of(pid) == "D" for pid in commands()), "every worker could be killed")
 
+    def test_is_no_obstacle_to_what_uses_it(self):
+        """Nobody has to be asked: the kernel alone knows."""
+        with Holder([FILE]) as holder:
+            self.volume.die()
+            for limit in ([], ["--source", "walk"], ["--timeout", "60"]):
+                for quiet in ([], ["--quiet"], ["--pids"], ["--json"]):
+                    said = self.answer_without_help(0, "busy", "--inside", "/volume9", *quiet, *limit)
+                    if quiet == ["--pids"]:
+                        self.assertIn(str(holder.pid).encode(), said.split())
+            self.answer_without_help(0, "idle", "--inside", "/volume2")
+            self.assertFalse(self.volume.keeps_somebody_waiting())
+            self.volume.revive()
+
+    def answer_without_help(self, status, *arguments):
+        """Of a command that can't even be killed where it waits for the volume."""
+        asking = subprocess.Popen([COMMAND, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        wait_until(lambda: asking.poll() is not None or self.volume.keeps_somebody_waiting(),
+                   "an answer", PATIENCE)
+        waits = self.volume.keeps_somebody_waiting()
+        if waits:
+            self.volume.revive()
+        said, complaint = asking.communicate(timeout=PATIENCE)
+        self.assertEqual((waits, asking.returncode, complaint), (False, status, b""), arguments)
+        return said
+
+    def test_is_named_in_time_where_a_path_below_it_is_asked_about(self):
+        self.volume.die()
+        for command in ("busy", "idle"):
+            result = run(command, "--inside", FILE, "--timeout", "0.5", timeout=PATIENCE)
+            self.assertEqual((result.returncode, result.stdout, result.stderr), (2, b"", NO_ANSWER))
+
+    def test_is_not_asked_where_nobody_wants_to_know(self):
+        self.volume.die()
+        for arguments in ([], ["--count-by", "user"], ["--print0", "path"], ["-q"]):
+            self.assertEqual(run("--by", "volume", *arguments, "--timeout", "60").returncode, 0, arguments)
+
+    def test_is_not_asked_for_folders_where_the_kernel_tells_them(self):
+        if run("--source", "iterator").returncode == 2:
+            raise unittest.SkipTest(run("--source", "iterator").stderr.decode())
+        with Holder("/volume1/photo"):
+            self.volume.die()
+            result = run("--by", "volume", "--source", "iterator", "--json", "--timeout", "60")
+        files = {file["full_path"]: file["folder"] for file in json.loads(result.stdout)["files"]}
+        self.assertEqual(files, {os.fsdecode(FILE): False, "/volume1/photo": True, "/volume1/photo/a.jpg": False})
+
     def test_has_a_worker_whose_end_is_told(self):
         self.volume.die()
         parent = subprocess.Popen([COMMAND, "--timeout", "60"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.until(self.volume.keeps_somebody_waiting, "nothing is waited for")
+        wait_until(self.volume.keeps_somebody_waiting, "a look to be kept waiting", PATIENCE)
         for worker in commands() - {parent.pid}:
             os.kill(worker, signal.SIGKILL)
         self.volume.revive()
         said = b"vorn-openfiles: the process that did the work was ended by signal 9\n"
         self.assertEqual((parent.communicate(timeout=PATIENCE), parent.returncode), ((b"", said), 2))
 
+    def test_has_a_worker_that_says_when_it_cannot_have_its_output_back(self):
+        self.volume.die()
+        parent = subprocess.Popen([COMMAND, "--timeout", "60"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        wait_until(self.volume.keeps_somebody_waiting, "a look to be kept waiting", PATIENCE)
+        for worker in commands() - {parent.pid}:
+            resource.prlimit(worker, resource.RLIMIT_NOFILE, (0, 0))
+        self.volume.revive()
+        said = b"vorn-openfiles: the process that did the work couldn't get its output back\n"
+        self.assertEqual((parent.communicate(timeout=PATIENCE), parent.returncode), ((b"", said), 2))
+
     def test_ends_a_watch(self):
-        watch = subprocess.Popen([COMMAND, "--by", "volume", "--watch", "0.1", "--format", "jsonl", "--timeout", "0.5"],
+        watch = subprocess.Popen([COMMAND, *ASKS, "--watch", "0.1", "--format", "jsonl", "--timeout", "0.5"],
                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         events = [json.loads(watch.stdout.readline()) for _ in range(2)]
         self.volume.die()
@@ -104,7 +158,7 @@ class DeadVolume(unittest.TestCase):
         self.assertEqual((watch.returncode, [each["file"]["filename"] for each in events]), (2, ["a.jpg", "file"]))
 
     def test_ends_a_watch_on_a_terminal_which_is_then_as_it_was(self):
-        terminal = Terminal(COMMAND, "--by", "volume", "--watch", "0.1", "--timeout", "0.5")
+        terminal = Terminal(COMMAND, *ASKS, "--folders", "no", "--watch", "0.1", "--timeout", "0.5")
         terminal.wait_for(b" open, ")
         self.volume.die()
         status, lines = terminal.finish()
@@ -119,15 +173,15 @@ class DeadVolume(unittest.TestCase):
                     self.watch_ends_by(end, limit)
         self.volume.die()
         watch = subprocess.Popen([COMMAND, "--watch", "0.1", "--format", "jsonl"], stdout=subprocess.PIPE)
-        self.until(self.volume.keeps_somebody_waiting, "no look is kept waiting")
+        wait_until(self.volume.keeps_somebody_waiting, "a look to be kept waiting", PATIENCE)
         watch.stdout.close()
         self.assertEqual(watch.wait(PATIENCE), 1)
 
     def watch_ends_by(self, end, limit):
-        terminal = Terminal(COMMAND, "--by", "volume", "--watch", "0.1", *limit)
+        terminal = Terminal(COMMAND, *ASKS, "--folders", "no", "--watch", "0.1", *limit)
         terminal.wait_for(b" open, ")
         self.volume.die()
-        self.until(self.volume.keeps_somebody_waiting, "no look is kept waiting")
+        wait_until(self.volume.keeps_somebody_waiting, "a look to be kept waiting", PATIENCE)
         if end == "q":
             terminal.type(end)
         else:
@@ -146,7 +200,8 @@ class DeadVolume(unittest.TestCase):
     def test_has_a_worker_that_holds_no_output(self):
         self.volume.die()
         parent = subprocess.Popen([COMMAND, "--timeout", "60"], stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-        self.until(lambda: outputs(commands() - {parent.pid}) == ["/dev/null"] * 2, "an output is still held")
+        wait_until(lambda: outputs(commands() - {parent.pid}) == ["/dev/null"] * 2, "all outputs to be let go of",
+                   PATIENCE)
         parent.terminate()
         parent.communicate(timeout=PATIENCE)
 
@@ -173,7 +228,3 @@ def state_of(pid):
             return file.read().rpartition(b")")[2].split()[0].decode()
     except OSError:
         return ""
-
-
-if __name__ == "__main__":
-    unittest.main()

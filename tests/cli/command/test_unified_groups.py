@@ -9,12 +9,14 @@ import glob
 import json
 import os
 import shutil
+import socket
 import subprocess
+import sys
 import unittest
 
 from harness.command import COMMAND
 from harness.files import touch
-from harness.processes import Holder, plain_environment
+from harness.processes import Announced, Holder, await_holder, plain_environment
 
 UNITS = "/usr/lib/systemd/system"
 SESSION = "/user.slice/user-1000.slice/session-7.scope"
@@ -30,6 +32,16 @@ CASES = {
     "cron": ("/system.slice/cron.service", "Internal service"),
     "root": ("/", "Internal service"),
 }
+
+# Serves a client like sshd, whose session holds a file. Without a login of its own the session is
+# the client's only because its service is SSH.
+SSH_SERVER = """
+import socket, subprocess, sys
+listener = socket.socket(fileno=int(sys.argv[1]))
+client, _ = listener.accept()
+session = "import sys; held = open(sys.argv[1]); print('ready', flush=True); sys.stdin.read()"
+subprocess.run(["/usr/bin/python3", "-c", session, sys.argv[2]])
+"""
 
 
 def lay_over(pid, path):
@@ -76,11 +88,30 @@ class UnifiedGroups(unittest.TestCase):
     def test_can_be_asked_for(self):
         self.assertEqual(set(self.named("--where", "service=SSH")), {"ssh", "session"})
 
+    def test_are_named_before_clients_are_looked_for(self):
+        program = shutil.copy(os.path.realpath(sys.executable), "/usr/local/bin/sshd")
+        path = touch("/volume1/photo/of-session")
+        with socket.create_server(("127.0.0.1", 0)) as listener:
+            client = socket.create_connection(listener.getsockname(), source_address=("127.0.0.2", 0))
+            server = Announced([program, "-c", SSH_SERVER, str(listener.fileno()), path], user="nobody",
+                               pass_fds=[listener.fileno()])
+        with client, server:
+            lay_over(await_holder(path), "/sshd.slice/ssh.service")
+            said = json.loads(run("--json").stdout)["files"]
+        self.assertEqual([(file["service"], file["host"], file["user"]) for file in said],
+                         [("SSH", "127.0.0.2", "nobody")])
+
+    def test_name_services_of_what_keeps_a_volume_in_use(self):
+        with contextlib.ExitStack() as holders:
+            expected = {}
+            for name, (path, service) in CASES.items():
+                holder = holders.enter_context(Holder([touch(f"/volume1/photo/{name}".encode())]))
+                lay_over(holder.pid, path)
+                expected[str(holder.pid)] = service
+            rows = json.loads(run("busy", "--inside", "--json", "/volume1").stdout)["holders"]
+        self.assertEqual({row["pid"]: row["service"] for row in rows}, expected)
+
     def test_are_well_for_check(self):
         said = run("check").stdout.decode().splitlines()
         self.assertIn("ok       control groups: v2 alone: this command names services by their units; programs that "
                       "link the library see the internal one", said)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#ifndef VORN_CLI_QUESTION_FACTS_READER_H
+#define VORN_CLI_QUESTION_FACTS_READER_H
+
+#include <unordered_map>
+#include <vector>
+
+#include "cli/process/workers.h"
+#include "cli/question/columns.h"
+
+namespace cli {
+
+using FactsOfFiles = std::unordered_map<const OpenedFile*, Facts>;
+
+/**
+ * Asks the kernel what columns say of records: each process once, and nothing that isn't asked for.
+ * May wait for a network volume.
+ *
+ * @param lookBegan  before the records were found: who has started since is not who was seen
+ */
+FactsOfFiles ReadFacts(const std::vector<OpenedFile*>& files, const ColumnSet& columns,
+                       BootTicks lookBegan, const Workers& workers);
+
+}  // namespace cli
+
+#endif
