@@ -34,7 +34,7 @@ endif()
 # What dpkg-buildflags sets, in every build that is made to be installed.
 if(NOT VORN_SANITIZE AND NOT VORN_COVERAGE)
     target_compile_options(vorn_build_options INTERFACE
-        -fstack-protector-strong -Werror=format-security)
+        -fstack-protector-strong -fstack-clash-protection -Werror=format-security)
     # No "-z now" here: platform symbols of the library may be supplied lazily; the command adds it.
     target_link_options(vorn_build_options INTERFACE -Wl,-z,relro)
 endif()
@@ -51,9 +51,21 @@ if(VORN_SANITIZE OR VORN_COVERAGE)
         <map> <memory> <optional> <string> <string_view> <unordered_map> <vector>)
 endif()
 
-# vorn::fortified: the rest of it, for the stand-in and the command. The library goes without:
-# fortified calls go to __syslog_chk and __readlink_chk, and programs that interpose syslog or
-# readlink would no longer see the library's.
+# Installs a program. In the build tree it finds the libraries beside it, installed where the system
+# has them. CMake would add an empty entry there, which is the current folder, to have something to
+# change at installation.
+function(vorn_install_program target folder component)
+    set_target_properties(${target} PROPERTIES
+        BUILD_WITH_INSTALL_RPATH ON
+        INSTALL_RPATH "$ORIGIN/../lib")
+    install(TARGETS ${target} RUNTIME DESTINATION ${folder} COMPONENT ${component})
+    cmake_path(ABSOLUTE_PATH folder BASE_DIRECTORY "\${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE absolute)
+    install(CODE "file(RPATH_REMOVE FILE \"\$ENV{DESTDIR}${absolute}/${target}\")"
+        COMPONENT ${component})
+endfunction()
+
+# vorn::fortified: the rest of it, for the stand-in and the command. The library goes without
+# (src/CMakeLists.txt).
 add_library(vorn_fortified INTERFACE)
 add_library(vorn::fortified ALIAS vorn_fortified)
 if(NOT VORN_SANITIZE AND CMAKE_BUILD_TYPE MATCHES "^Rel")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * The types behind the exported names, as they were first given to others, and the layout of what
@@ -17,8 +18,10 @@
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
+#include "vorn/platform/finding.h"
 #include "vorn/platform/hidden.h"
 #include "vorn/platform/process.h"
+#include "vorn/platform/service.h"
 #include "vorn/platform/share.h"
 #include "vorn/platform/string_bundle.h"
 #include "vorn/platform/string_list.h"
@@ -55,6 +58,8 @@ HAS_TYPE(VORNEAHiddenDirGet, int(List**));
 HAS_TYPE(VORNCurConnGet, int(VORN_CURCONN**));
 HAS_TYPE(KLIBCProcGetByPid, int(int, KLIBC_PROC**));
 HAS_TYPE(KLIBCProcFree, void(KLIBC_PROC*));
+HAS_TYPE(VORNFindingGet, int(int, VORN_FINDING**));
+HAS_TYPE(VORNServiceStateGet, int(const char*));
 static_assert(std::is_same_v<decltype(&StringBundle::Text),
                              const char* (StringBundle::*)(const char*, const char*)>);
 static_assert(std::is_constructible_v<StringBundle, const char*, const char*, const char*,
@@ -81,6 +86,17 @@ HAS_TYPE(VORN_CURCONN::pid, std::uint32_t);
 HAS_TYPE(VORN_CURCONN::szHost, const char*);
 HAS_TYPE(VORN_CURCONN::szUser, const char*);
 HAS_TYPE(VORN_CURCONN::type, std::uint32_t);
+static_assert(offsetof(VORN_FINDING, szSubject) == 0);
+static_assert(offsetof(VORN_FINDING, state) == 8);
+static_assert(offsetof(VORN_FINDING, costsAnswers) == 12);
+static_assert(offsetof(VORN_FINDING, szText) == 16);
+static_assert(offsetof(VORN_FINDING, szAdvice) == 24);
+static_assert(sizeof(VORN_FINDING) == 64);
+HAS_TYPE(VORN_FINDING::szSubject, const char*);
+HAS_TYPE(VORN_FINDING::state, std::int32_t);
+HAS_TYPE(VORN_FINDING::costsAnswers, std::int32_t);
+HAS_TYPE(VORN_FINDING::szText, const char*);
+HAS_TYPE(VORN_FINDING::szAdvice, const char*);
 static_assert(offsetof(KLIBC_PROC, ppid) == 4);
 static_assert(sizeof(KLIBC_PROC) == 8);
 HAS_TYPE(KLIBC_PROC::ppid, std::int32_t);
@@ -91,6 +107,10 @@ static_assert(KLIBC_ERR_RESOURCE == 0x0100 && KLIBC_ERR_NOT_FOUND == 0x0700 &&
               KLIBC_ERR_BAD_PARAM == 0x0D00 && KLIBC_ERR_INTERNAL == 0x2A00);
 static_assert(KLIBC_ENUM_DIRECTORIES == 0x40);
 static_assert(VORN_CURCONN_SSH == 10);
+static_assert(VORN_FINDING_OK == 0 && VORN_FINDING_WARNING == 1 && VORN_FINDING_MISSING == 2);
+static_assert(VORN_FINDINGS_OF_ANSWERS == 0 && VORN_FINDINGS_OF_HOST == 1);
+static_assert(VORN_SERVICE_INSTALLED == 1 && VORN_SERVICE_RUNNING == 2 &&
+              VORN_SERVICE_ELSEWHERE == 4);
 
 // What the library supplies.
 HAS_TYPE(VORNEnumOpenedFile, int(Files&, int));

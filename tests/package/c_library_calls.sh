@@ -10,10 +10,10 @@ calls=$2
 platform=$3
 
 # What is undefined, but for C++, its runtime, the compiler's optional hooks (w without a version)
-# and the platform; "__read_chk@GLIBC_2.4 U" becomes "read".
+# and the platform; "__read_chk@GLIBC_2.4 U" becomes "read", "__isoc23_strtol@GLIBC_2.38 U" "strtol".
 called=$(nm --dynamic --undefined-only --format=posix "$library" |
     grep -vE '^_Z|@(GLIBCXX|CXXABI|GCC)_|^[^@]+ w' |
-    sed -E 's/[@ ].*//; s/^__(.+)_chk$/\1/' | grep -vxFf "$platform" | LC_ALL=C sort --unique)
+    sed -E 's/[@ ].*//; s/^__(.+)_chk$/\1/; s/^__isoc[0-9]+_//' | grep -vxFf "$platform" | LC_ALL=C sort --unique)
 listed=$(sed -E '/^(#|$)/d; s/ .*//' "$calls" | LC_ALL=C sort)
 failing=$(awk '$1 != "#" && $2 == "fails" { print $1 }' "$calls" | LC_ALL=C sort)
 

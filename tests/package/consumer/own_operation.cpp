@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Supplies one of the platform's operations itself: the library has to call this one.
 #include <vorn/filehandle.h>
 #include <vorn/platform/file.h>
