@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+import { useEffect, useMemo, useRef, useState } from "preact/hooks";
+import { useAddress } from "../address.js";
+import { factsFor, folderOfShare } from "../command.js";
+import { groupsOf, select as selectRecords } from "../facets.js";
+import { _, plural } from "../i18n.js";
+import { ordered } from "../order.js";
+import { cleared, isNarrowed, narrowed } from "../selection.js";
+import { Superuser } from "../superuser.js";
+import { BusyDialog } from "./busy.jsx";
+import { Details } from "./details.jsx";
+import { Chips, Facets } from "./facets.jsx";
+import { Help } from "./help.jsx";
+import { plainValue } from "./name.jsx";
+import { Button } from "./parts.jsx";
+import { Failure, Incomplete, Looking, Nothing, Stale } from "./states.jsx";
+import { Groups, Table } from "./table.jsx";
+import { Toolbar } from "./toolbar.jsx";
+
+export function App({ cockpit, createLive }) {
+    const live = useLive(cockpit, createLive);
+    const [superuser, allowed] = useRights(cockpit);
+    const [selection, select] = useAddress(cockpit);
+    const [opened, setOpened] = useState(null);
+    const [asking, setAsking] = useState(false);
+    const [filters, setFilters] = useState(false);
+
+    useEffect(() => live.want(factsFor(selection.columns, selection.group !== "")),
+              [selection.columns, selection.group]);
+    const records = live.records.all();
+    const sorted = useMemo(() => ordered(records, selection.sort, selection.descending, cockpit.language),
+                           [records, selection.sort, selection.descending]);
+    const { shown, counts } = useMemo(() => selectRecords(sorted, selection),
+                                      [sorted, selection.search, selection.chosen]);
+    const retry = () => live.start();
+
+    if (live.state === "failed" && records.length === 0) {
+        return <Page><Failure cockpit={cockpit} failure={live.failure} retry={retry} /></Page>;
+    }
+    const close = () => {
+        setOpened(null);
+        document.querySelector(".record button[tabindex='0']")?.focus();
+    };
+    return (
+        <Page>
+            <Help />
+            {live.failure && <Stale failure={live.failure} retry={retry} />}
+            {live.incomplete && <Incomplete reason={live.incomplete} superuser={superuser} />}
+            <Toolbar live={live} shown={shown} selection={selection} select={select}
+                     askWhetherFree={allowed && (() => setAsking(true))} />
+            <Chips selection={selection} select={select} />
+            <div class="summary">
+                <span role="status">{plural("$0 file", "$0 files", countOpen(shown))}</span>
+                <span class="filters-switch">
+                    <Button kind="link" small aria-expanded={filters} onClick={() => setFilters(!filters)}>
+                        {_("Filters")}
+                    </Button>
+                </span>
+            </div>
+            <div class={`panels${filters ? " with-filters" : ""}${opened ? " with-details" : ""}`}>
+                <Facets counts={counts} selection={selection} select={select} />
+                <Content live={live} records={records} shown={shown} counts={counts} selection={selection}
+                         select={select} opened={opened?.id} open={setOpened} />
+                {opened && <Details cockpit={cockpit} record={opened} records={records} open={setOpened} close={close} />}
+            </div>
+            {asking && (
+                <BusyDialog cockpit={cockpit} records={records} path={placeOf(shown, selection)}
+                            onClose={() => setAsking(false)} />
+            )}
+        </Page>
+    );
+}
+
+function Page({ children }) {
+    return (
+        <main class="page">
+            <h1 class="pf-v6-c-title pf-m-2xl">{_("Open files")}</h1>
+            {children}
+        </main>
+    );
+}
+
+function Content({ live, records, shown, counts, selection, select, opened, open }) {
+    if (shown.length === 0) {
+        return live.state === "looking" && records.length === 0 ? <Looking />
+            : <Nothing narrowed={isNarrowed(selection)} incomplete={live.incomplete}
+                       clear={() => select(cleared(selection))} />;
+    }
+    if (selection.group) {
+        return <Groups facet={selection.group} groups={groupsOf(shown, selection.group)} valueOf={value => <bdi>{plainValue(value)}</bdi>}
+                       onChoose={value => select(narrowed(selection, selection.group, value))} />;
+    }
+    return <Table records={shown} selection={selection} select={select} opened={opened} open={open} />;
+}
+
+function countOpen(records) {
+    return records.reduce((sum, record) => sum + (record.mark === "closed" ? 0 : 1), 0);
+}
+
+/** The folder of the one share that is chosen, to begin with. */
+function placeOf(shown, selection) {
+    const [share, ...others] = selection.chosen.share;
+    const record = others.length === 0 && shown.find(one => one.share === share);
+    return record ? folderOfShare(record) : "";
+}
+
+/** The records, followed for as long as the page can be seen. */
+function useLive(cockpit, createLive) {
+    const [, setVersion] = useState(0);
+    const live = useRef();
+    live.current ??= createLive(atIntervals(() => setVersion(version => version + 1)));
+    useEffect(() => {
+        const follow = () => (cockpit.hidden || document.hidden ? live.current.stop() : live.current.start());
+        const leave = () => live.current.stop();
+        const expire = setInterval(() => {
+            const before = live.current.records.all();
+            if (!live.current.paused) {
+                live.current.records.expire(Date.now());
+            }
+            if (live.current.records.all() !== before) {
+                setVersion(version => version + 1);
+            }
+        }, 1000);
+        cockpit.addEventListener("visibilitychange", follow);
+        document.addEventListener("visibilitychange", follow);
+        window.addEventListener("pagehide", leave);
+        window.addEventListener("pageshow", follow);
+        follow();
+        return () => {
+            clearInterval(expire);
+            leave();
+        };
+    }, []);
+    return live.current;
+}
+
+/** Calls at once, then at intervals that leave most of the time to who types. */
+function atIntervals(call) {
+    let timer = null;
+    let next = 0;
+    return () => {
+        timer ??= setTimeout(() => {
+            timer = null;
+            const started = performance.now();
+            call();
+            requestAnimationFrame(() => {
+                const ended = performance.now();
+                next = ended + Math.max(150, 4 * (ended - started));
+            });
+        }, Math.max(0, next - performance.now()));
+    };
+}
+
+/** Cockpit's administrative access: the way to it, and whether it is had. */
+function useRights(cockpit) {
+    const [, setVersion] = useState(0);
+    const superuser = useRef();
+    const permission = useRef();
+    superuser.current ??= new Superuser(cockpit, () => setVersion(version => version + 1));
+    permission.current ??= cockpit.permission({ admin: true });
+    useEffect(() => {
+        permission.current.addEventListener("changed", () => setVersion(version => version + 1));
+    }, []);
+    return [superuser.current, permission.current.allowed === true];
+}
