@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /*
  * The physical limit of an enumeration: list /proc, list each descriptor folder, read each link,
  * look once at each file that is kept. Prints the seconds that this took and what was found.

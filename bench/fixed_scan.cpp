@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One whole enumeration of 10,000 records over a platform that answers from memory: always the
 // same work, for counting its instructions.
 

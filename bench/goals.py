@@ -10,6 +10,14 @@ import sys
 import process_table
 import timing
 
+UNNAMED = ("system.slice/cron.service",)
+# Kinds of holders: what they are called, their units, and whether those have names.
+KINDS = (("in slices with a name", process_table.SLICES, True), ("in a unit without a name", UNNAMED, False),
+         ("in no unit", (), False))
+WALKS = {"iterator": 0.6, "walk": 1.1}
+TIMES_FASTER = {"lsof": {"iterator": 8, "walk": 4.5}, "lsfd": {"iterator": 8, "walk": 4.5},
+                "fuser": {"iterator": 4, "walk": 2}}
+
 ROWS = ["| what | goal | measured | met |", "|---|---|---|---|"]
 
 
@@ -18,7 +26,7 @@ class Bench:
         self.binaries = options.binaries
         self.project = options.project
         self.rounds = options.rounds
-        self.figures = os.path.dirname(options.output)
+        self.few = max(1, options.rounds // 3)
 
     def contender(self, name, *argv, prints_seconds=False):
         return timing.Contender(self.binaries, name, argv, prints_seconds)
@@ -31,17 +39,25 @@ class Bench:
         return self.contender("library call", f"{self.binaries}/library_call", *arguments,
                               prints_seconds=True)
 
-    def command(self):
-        return self.contender("command", f"{self.binaries}/vorn-openfiles", "--by", "volume",
-                              "--format", "jsonl")
+    def command(self, *arguments):
+        form = () if any(each.startswith(("--format", "--json", "--print0", "--pids")) for each in arguments) \
+            else ("--format", "jsonl")
+        return self.contender("command", f"{self.binaries}/vorn-openfiles", "--by", "volume", *form, *arguments)
+
+    def peers(self):
+        """Each in its fastest form."""
+        return {"lsof": self.contender("lsof -nPw -F pfn", "/usr/bin/lsof", "-nPw", "-F", "pfn"),
+                "lsfd": self.contender("lsfd with a filter on the name", "/usr/bin/lsfd", "-Q", 'NAME =~ "^/volume"'),
+                "fuser": self.contender("fuser -m", "/usr/bin/fuser", "-m", "/volume1", "/volume2")}
 
     def lsof(self):
         return self.contender("lsof", "/usr/bin/lsof", "-nPw")
 
-    def populated(self, processes, descriptors, named=True):
+    def populated(self, processes, descriptors, named=True, units=None):
         process_table.install_units(self.project, named)
-        groups = process_table.make_groups(
-            process_table.SLICES if named else ("system.slice",))
+        if units is None:
+            units = process_table.SLICES if named else ("system.slice",)
+        groups = process_table.make_groups(units)
         return process_table.populated(self.binaries, processes, descriptors, groups=groups)
 
     def printed(self, *arguments):
@@ -123,17 +139,103 @@ def connections(bench):
                 seconds["connections"] / rest)
 
 
+def client_further_up(bench):
+    """One client whose server has it above the lowest descriptors: all are looked at."""
+    for processes, descriptors in ((1000, 20), (1000, 100), (200, 250)):
+        ratios = []
+        for descriptor in (process_table.LOW, process_table.FURTHER_UP):
+            with bench.populated(processes, descriptors), process_table.clients(1, descriptor):
+                seconds = timing.stages(bench.binaries, bench.rounds)
+            rest = sum(seconds.values()) - seconds["connections"]
+            ratios.append(f"{seconds['connections'] / rest:.2f} "
+                          f"({seconds['connections'] * 1000:.1f} ms)")
+        row(f"what one client adds further up instead of among the lowest descriptors, "
+            f"{processes:,} x {descriptors} descriptors, in enumerations without any",
+            "reported", f"{ratios[1]} instead of {ratios[0]}", True)
+
+
+def sources(bench):
+    """The sources that this host has, with what is asked of them in goals: (name, limits)."""
+    found = []
+    for name in ("iterator", "walk"):
+        if subprocess.run([f"{bench.binaries}/vorn-openfiles", "--by", "volume", "--source", name, "-q"], check=False,
+                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode < 2:
+            found.append(name)
+    return found
+
+
 def against_peers(bench):
-    """From what compare.sh measured: its rounds at 500,000 descriptors take minutes."""
-    for descriptors, goal in ((50000, 3.5), (500000, 5)):
-        with open(f"{bench.figures}/descriptors-{descriptors:07}.tsv", encoding="utf-8") as file:
-            seconds = {name: float(value)
-                       for _, name, value in (line.rstrip("\n").split("\t") for line in file)}
-        command = seconds["vorn-openfiles --format jsonl"]
-        for peer, limit in (("lsof", goal), ("lsfd", goal), ("fuser", 1)):
-            name = min((name for name in seconds if name.startswith(peer)), key=seconds.get)
-            faster(f"command against the fastest form of {peer} ({name}), {descriptors:,} "
-                   "descriptors", limit, seconds[name] / command)
+    """Each kind of holder: the service of one with a named slice is asked for least."""
+    for kind, units, named in KINDS:
+        for processes, descriptors in ((100, 500), (100, 5000)):
+            with bench.populated(processes, descriptors, named, units):
+                peers_beside(bench, f"{processes * descriptors:,} descriptors, {kind}", processes * descriptors)
+
+
+def peers_beside(bench, table, total):
+    bare, peers = bench.bare_walk(), bench.peers()
+    commands = {name: bench.command("--source", name) for name in sources(bench)}
+    timing.interleave([bare, *commands.values(), *peers.values()], bench.rounds if total <= 50000 else bench.few)
+    for name, command in commands.items():
+        if total <= 50000:
+            at_most(f"command, {name}, {table}, in bare walks", WALKS[name], middle(command, bare))
+        for peer, contender in peers.items():
+            faster(f"command, {name}, against {contender.name}, {table}", TIMES_FASTER[peer][name],
+                   middle(contender, command))
+
+
+def middle(contender, base):
+    return statistics.median(timing.ratios(contender, base))
+
+
+def threads(bench):
+    """On a machine with more processors than two, this shows what more of them give."""
+    jobs = [1 << power for power in range(7) if 1 << power <= max(2, os.cpu_count())]
+    with bench.populated(100, 1, False, UNNAMED):
+        fixed = bench.command("--source", "walk", "--jobs", "1")
+        timing.interleave([fixed], bench.rounds)
+    with bench.populated(100, 500, False, UNNAMED):
+        runs = {each: bench.command("--source", "walk", "--jobs", str(each)) for each in jobs}
+        timing.interleave(list(runs.values()), bench.rounds)
+    faster("walk with --jobs 2 against --jobs 1, 50,000 descriptors", 1.7, middle(runs[1], runs[2]))
+    for each in jobs[2:]:
+        row(f"walk with --jobs {each} against --jobs 1, 50,000 descriptors", "reported",
+            f"{middle(runs[1], runs[each]):.1f} x", True)
+    row("what is the same with 1 descriptor in each of the 100 processes, with --jobs 1", "reported",
+        f"{fixed.median() / runs[1].median():.1%}", True)
+
+
+def one_process(bench):
+    with bench.populated(1, 20000, False, UNNAMED):
+        for name in sources(bench):
+            at_most(f"command, {name}, one process with 20,000 descriptors, in bare walks",
+                    {"iterator": 0.7, "walk": 1.3}[name],
+                    bench.ratio(bench.command("--source", name), bench.bare_walk()))
+
+
+def million(bench):
+    with bench.populated(64, 15625, False, UNNAMED):
+        for name in sources(bench):
+            bare, command, lsof = bench.bare_walk(), bench.command("--source", name), bench.lsof()
+            timing.interleave([bare, command], bench.few)
+            timing.interleave([lsof], 1)
+            at_most(f"command, {name}, 1,000,000 descriptors, in bare walks", {"iterator": 0.5, "walk": 1.0}[name],
+                    middle(command, bare))
+            at_most(f"peak memory, {name}, 1,000,000 descriptors, in that of lsof", 0.9,
+                    command.peak_kib / lsof.peak_kib)
+
+
+def output(bench):
+    """What a format adds, over a look that asks for the same and shows one record."""
+    with bench.populated(100, 1000, False, UNNAMED):
+        library = bench.library()
+        timing.interleave([library], bench.few)
+        for form in (("--format", "table"), ("--format", "csv"), ("--json",), ("--format", "jsonl"),
+                     ("--print0", "path"), ("--pids",)):
+            shown, one = bench.command(*form), bench.command(*form, "--limit", "1")
+            timing.interleave([shown, one], bench.few)
+            at_most(f"{' '.join(form)} of 100,000 records, in finding them by the library's call", 0.5,
+                    max(0, shown.median() - one.median()) / library.median())
 
 
 def idle_host(bench):
@@ -141,7 +243,7 @@ def idle_host(bench):
         lsof = bench.lsof()
         command = bench.command()
         timing.interleave([lsof, command], bench.rounds * 3)
-        faster("command against lsof -nPw, idle host (150 processes x 4)", 3,
+        faster("command against lsof -nPw, idle host (150 processes x 4)", 4,
                lsof.median() / command.median())
 
 
@@ -194,6 +296,14 @@ def soak(bench):
         "; ".join(lines), sizes[1] - sizes[0] <= 256 and counts[0] == counts[1])
 
 
+def other_rows(name):
+    """Those of a file that were not measured now."""
+    measured = {line.split("|")[1] for line in ROWS}
+    with open(name, encoding="utf-8") as file:
+        return [line for line in file.read().splitlines()
+                if line.startswith("| ") and line.split("|")[1] not in measured]
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--binaries", required=True)
@@ -203,14 +313,14 @@ def main():
     parser.add_argument("--only", action="append")
     options = parser.parse_args()
     bench = Bench(options)
-    for goal in (call_against_walk, no_service, many_services, connections, idle_host,
-                 many_texts, soak, against_peers):
+    for goal in (call_against_walk, no_service, many_services, connections, client_further_up,
+                 idle_host, many_texts, soak, against_peers, threads, one_process, million, output):
         if options.only is None or goal.__name__ in options.only:
             goal(bench)
-    if options.only is None:
-        with open(options.output, "w", encoding="utf-8") as file:
-            file.write(f"{timing.machine()}; {options.rounds} rounds.\n\n")
-            file.write("\n".join(ROWS) + "\n")
+    kept = [] if options.only is None else other_rows(options.output)
+    with open(options.output, "w", encoding="utf-8") as file:
+        file.write(f"{timing.machine()}; {options.rounds} rounds.\n\n")
+        file.write("\n".join(ROWS[:2] + kept + ROWS[2:]) + "\n")
     return 0 if all(not line.endswith("| no |") for line in ROWS) else 1
 
 

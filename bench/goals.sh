@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # Measures the goals of speed and size, as ratios of programs that run side by side in the sample
-# host, and writes them to docs/performance/goals.md. What concerns the peers is taken from the
-# figures of compare.sh, to be run first.
+# host, and writes them to docs/performance/goals.md. With --only, rows of other goals stay there.
 #
 #   bench/goals.sh [--only GOAL]...
 #

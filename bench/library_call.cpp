@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's call by itself.
 //
 //     library_call [volume|share]      seconds of one call, and the records it gave

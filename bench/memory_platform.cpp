@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/memory_platform.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_BENCH_MEMORY_PLATFORM_H
 #define VORN_BENCH_MEMORY_PLATFORM_H
 

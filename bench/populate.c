@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /*
  * Fills a process table: PROCESSES processes that hold DESCRIPTORS descriptors each, of which
  * OUTSIDE percent are sockets, pipes and files outside the volumes. Prints "ready" when all of

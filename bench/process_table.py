@@ -12,6 +12,9 @@ HIERARCHY = "/sys/fs/cgroup/systemd"
 SLICES = ("SMBService.slice", "ftpd.slice", "sshd.slice")
 UNIT_FOLDER = "/usr/lib/systemd/system"
 
+# Descriptors of a client's socket: where most servers have it, and where they are all looked through.
+LOW, FURTHER_UP = 3, 100
+
 
 def make_groups(units):
     groups = []
@@ -32,27 +35,29 @@ def install_units(project, named):
             os.remove(target)
 
 
-def serve(connection):
-    """A process that serves one client, with its socket where a server has it."""
+def serve(connection, descriptor):
+    """A process that serves one client, with its socket at a descriptor."""
     pid = os.fork()
     if pid == 0:
-        os.dup2(connection.fileno(), 3)
-        os.closerange(4, 1 << 16)
+        os.dup2(connection.fileno(), descriptor)
+        os.closerange(LOW, descriptor)
+        os.closerange(descriptor + 1, 1 << 16)
         signal.pause()
         os._exit(0)
     return pid
 
 
 @contextlib.contextmanager
-def clients(count):
-    """Established connections to a server of our own, a process each."""
+def clients(count, descriptor=LOW):
+    """Established connections to a server of our own, a process each, at the descriptor where most
+    servers have their clients or further up."""
     servers = []
     with contextlib.ExitStack() as stack:
         listener = stack.enter_context(socket.create_server(("127.0.0.1", 0), backlog=count + 1))
         for _ in range(count):
             stack.enter_context(socket.create_connection(listener.getsockname()))
             with listener.accept()[0] as connection:
-                servers.append(serve(connection))
+                servers.append(serve(connection, descriptor))
         try:
             yield
         finally:

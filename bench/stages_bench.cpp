@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
 // Each stage alone, over a platform that answers from memory.
 
 #include <benchmark/benchmark.h>
 #include <json/value.h>
 
+#include <algorithm>
 #include <string>
 
 #include "bench/memory_platform.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /*
  * Runs a program and writes what it took on standard error: seconds, peak resident KiB, exit
  * status. Small on purpose: the peak of a process counts from before its exec, so that it is never
