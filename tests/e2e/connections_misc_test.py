@@ -14,14 +14,20 @@ from harness.sample_host import set_up_host
 from harness.servers import listening
 from harness.waiting import wait_until
 
-# Opens the file that a client asks for and keeps both.
+# Opens the file that a client asks for and keeps both. It may have other files before that, or move
+# its clients out of the way.
 SERVER = """
-import os, socket, sys
+import fcntl, os, socket, sys
+options = sys.argv[4:]
+kept = [open("/dev/null") for _ in range(40)] if "files" in options else []
 listener = socket.create_server((sys.argv[1], int(sys.argv[2])), family=int(sys.argv[3]),
-                                dualstack_ipv6=sys.argv[4:] == ["dual"])
-kept = []
+                                dualstack_ipv6="dual" in options)
 while True:
     client, _ = listener.accept()
+    if "moves" in options:
+        moved = socket.socket(fileno=fcntl.fcntl(client, fcntl.F_DUPFD_CLOEXEC, 500))
+        client.close()
+        client = moved
     kept.append(client)
     kept.append(open(client.recv(4096), "w"))
     client.sendall(b"open")
@@ -79,6 +85,22 @@ class OtherServers(unittest.TestCase):
         listing = open_files()
         for path in paths:
             self.assertEqual(listing.client(path, server.pid)[1:], ("unknown", "alice"))
+
+    def check_clients_further_up(self, option):
+        path = f"/volume1/share/further-up-{option}"
+        server = self.serve("127.0.0.1", option)
+        self.ask("127.0.0.11", path)
+        self.assertEqual(open_files().client(path, server.pid)[1:], ("127.0.0.11", "alice"))
+        self.ask("127.0.0.12", f"{path}-2")
+        listing = open_files()
+        for of_two in (path, f"{path}-2"):
+            self.assertEqual(listing.client(of_two, server.pid)[1:], ("unknown", "alice"))
+
+    def test_clients_of_a_server_that_has_its_files_first_are_found(self):
+        self.check_clients_further_up("files")
+
+    def test_clients_that_their_server_moves_out_of_the_way_are_found(self):
+        self.check_clients_further_up("moves")
 
     def test_a_server_that_is_root_for_all_its_users_names_none(self):
         program = shutil.copy(os.path.realpath(sys.executable), "/usr/local/bin/ganesha.nfsd")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lists the open files by share from a caller of the given user, whose rights are raised from its
 // saved root user, as a management service does that gives its rights back between calls:
 //

@@ -8,7 +8,7 @@ import unittest
 
 from harness.files import write_file
 from harness.listing import UNKNOWN, open_files
-from harness.processes import Holder, await_holder, output_of, start, stop
+from harness.processes import Holder, await_holder, holders, output_of, start, stop
 from harness.sample_host import BUILD, PASSWORD, needs, set_up_host
 from harness.servers import Server, SystemLog, from_address
 from harness.waiting import wait_until
@@ -32,12 +32,15 @@ CONFIGURATION = """
 """
 
 
+FILES = [f"/volume1/share/file-{number}" for number in range(3)]
+
+
 def setUpModule():
     needs("smbd", "smbclient", "smbpasswd", "smbstatus")
     set_up_host()
     set_up_smb(CONFIGURATION)
-    for number in range(3):
-        write_file(f"/volume1/share/file-{number}", b"content", 0o666)
+    for path in FILES:
+        write_file(path, b"content", 0o666)
 
 
 def set_up_smb(configuration):
@@ -51,6 +54,10 @@ class SmbTest(unittest.TestCase):
     def setUpClass(cls):
         cls.server = Server("smbd", ["/usr/sbin/smbd", "--foreground", "--no-process-group"], 445)
         cls.addClassCleanup(cls.server.stop)
+
+    def setUp(self):
+        # A server whose client has just gone would be taken for that of the next one.
+        wait_until(lambda: not any(map(holders, FILES)), "the files of earlier clients to be closed")
 
     def hold(self, user, client, *names, share="share", machine=None):
         """Has a client (of a machine that has others) open files and keep them open; gives it."""
@@ -102,6 +109,7 @@ class ConnectionsOfOneMachine(SmbTest):
     MACHINE = "6112f7d3-9528-4a2a-8861-0ca129aae6c4"
 
     def setUp(self):
+        super().setUp()
         self.servers = set()
 
     def hold(self, *arguments):
@@ -178,6 +186,7 @@ class SmbStatusThatFails(SmbTest):
     STATUS = "/usr/bin/smbstatus"
 
     def setUp(self):
+        super().setUp()
         self.log = SystemLog()
         self.addCleanup(self.log.close)
         os.rename(self.STATUS, self.STATUS + ".real")

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file
  * Lets every single allocation of every operation fail once, on the real host and with the real

@@ -60,8 +60,15 @@ start_server() { # NAME SLICE USER FILE
     read -r _ <"/srv/$1/ready"
 }
 
+# A volume that is in sight under another path as well.
+bind_volume() {
+    mkdir -p /srv/jail
+    mount --bind /volume1/photo /srv/jail
+}
+
 write_units
 write_shares
+bind_volume
 start_server smbd SMBService.slice 0 /volume1/photo/held
 write_session $! alice
 start_server sshd sshd.slice 65534 /volume1/music/held

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/allowed_outcome.h"
 
 #include <algorithm>

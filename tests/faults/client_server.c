@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /*
  * A server with a client of its own: says "ready" and stays. What it counts as is the name of its
  * executable.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Calls each operation of the stand-in with few descriptors left: it gives its whole answer or
 // fails with a code, and never passes off for the whole what it could still open.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/kept_log.h"
 
 #include <algorithm>

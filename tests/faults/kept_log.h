@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_TESTS_FAULTS_KEPT_LOG_H
 #define VORN_TESTS_FAULTS_KEPT_LOG_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/faults/operations.h"
 
 #include <cstdio>
@@ -11,6 +12,7 @@
 #include "vorn/platform/connection.h"
 #include "vorn/platform/error.h"
 #include "vorn/platform/file.h"
+#include "vorn/platform/finding.h"
 #include "vorn/platform/hidden.h"
 #include "vorn/platform/process.h"
 #include "vorn/platform/share.h"
@@ -141,6 +143,18 @@ std::string Process(int failing) {
     return result >= 0 ? "ok" : Failed();
 }
 
+std::string Findings(int failing) {
+    VORN_FINDING* block = nullptr;
+    const int count =
+        Run(failing, [&] { return VORNFindingGet(VORN_FINDINGS_OF_ANSWERS, &block); });
+    std::string text = count < 0 ? Failed() : "ok";
+    for (int i = 0; i < count; ++i) {
+        text.append(" ").append(block[i].szSubject).append(": ").append(block[i].szText);
+    }
+    std::free(block);
+    return text;
+}
+
 std::string Text(int failing) {
     std::string text = "ok ";
     Run(failing, [&] {
@@ -228,6 +242,7 @@ const std::vector<Operation>& Operations() {
         {"VORNEAHiddenDirGet", &HiddenGet, Kind::kC, " "},
         {"VORNCurConnGet", &Connections, Kind::kC, " 127.0.0.1 alice"},
         {"KLIBCProcGetByPid", &Process, Kind::kC, ""},
+        {"VORNFindingGet", &Findings, Kind::kC, " bind mounts: "},
         {"StringBundle", &Text, Kind::kThrows, " Internal service"},
         {"VORNEnumOpenedFileByShare", &EnumerateByShare, Kind::kFiles, "\t127.0.0.1\talice\t"},
         {"VORNEnumOpenedFileByVolume", &EnumerateByVolume, Kind::kFiles, "\t127.0.0.1\talice\t"},

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/flood/churners.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_TESTS_FLOOD_CHURNERS_H
 #define VORN_TESTS_FLOOD_CHURNERS_H
 

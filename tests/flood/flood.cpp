@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 /*
- * Enumerates open files, by share and by volume in turn, while the host changes as fast as it can,
- * and holds each result against what was really open. Run it in a sample host: it mounts volumes.
+ * Enumerates open files, by share and by volume, by the library's call and by the command's threads
+ * in turn, while the host changes as fast as it can, and holds each result against what was really
+ * open. Run it in a sample host: it mounts volumes.
  *
  *     vorn_flood ENUMERATIONS [SECONDS FIGURES]
  *
@@ -25,6 +27,9 @@
 #include <memory>
 #include <optional>
 
+#include "cli/failure.h"
+#include "cli/question/enumeration.h"
+#include "cli/question/parts.h"
 #include "tests/flood/churners.h"
 
 namespace {
@@ -107,12 +112,27 @@ private:
     void EnumerateOnce(int enumby) {
         std::list<VORN::FileHandle::OpenedFile> list;
         const auto before = truth_.Read();
-        const int result = VORN::FileHandle::VORNEnumOpenedFile(list, enumby);
+        const int result = Enumerate(list, enumby);
         const auto after = truth_.Read();
         if (result == 0)
             flood::Check(list, enumby, before, after, verdict_);
         else
             ++failed_;
+    }
+
+    /** By the library's call and by the command's threads in turn. */
+    int Enumerate(std::list<VORN::FileHandle::OpenedFile>& list, int enumby) const {
+        if (enumerations_ / 2 % 2 == 0)
+            return VORN::FileHandle::VORNEnumOpenedFile(list, enumby);
+        cli::Question question;
+        question.by = static_cast<VORN::FileHandle::ENUM_BY>(enumby);
+        const auto source = cli::MakeSource(question.source);
+        try {
+            list = cli::Joined(cli::EnumerateFiles(question, *source, cli::Workers(3)));
+        } catch (const cli::Failure&) {
+            return -1;
+        }
+        return VORN::FileHandle::LabelFolder(list);
     }
 
     /** Once a second in a long run: what is noted must not be what grows. */

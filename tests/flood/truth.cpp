@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/flood/truth.h"
 
 #include <sys/mman.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef VORN_TESTS_FLOOD_TRUTH_H
 #define VORN_TESTS_FLOOD_TRUTH_H
 

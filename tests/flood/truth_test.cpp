@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The checker of the flood notices what it is there for.
 
 #include "tests/flood/truth.h"

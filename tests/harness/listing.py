@@ -7,6 +7,7 @@ import time
 
 from harness.command import run
 from harness.processes import become
+from harness.waiting import wait_until
 
 UNKNOWN = ("-", "-")
 
@@ -51,3 +52,11 @@ def open_files(*arguments, environment=None, user=None):
     done = run("--format", "json", *arguments, env=environment, stdin=subprocess.DEVNULL,
                preexec_fn=user and functools.partial(become, user))
     return Listing(done, time.monotonic() - started)
+
+
+def complete_list(*arguments):
+    """The same, once nothing is missing: a slow host's smbstatus may take longer than its limit."""
+    def look():
+        listing = open_files(*arguments)
+        return listing if listing.complete else None
+    return wait_until(look, "a complete list")

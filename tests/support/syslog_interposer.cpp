@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/syslog_interposer.h"
 
 #include <dlfcn.h>

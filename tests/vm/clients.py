@@ -14,8 +14,6 @@ from harness.sample_host import PASSWORD
 from harness.servers import from_address
 from harness.waiting import wait_until
 
-PORTS = {"SSH": 22, "SMB": 445, "FTP": 21, "rsync": 873}
-
 
 class Client:
     protocol = program = None
@@ -68,7 +66,7 @@ class CifsMount(Client):
 
     def begin(self, ends):
         share, name = self.path.split("/")[2:]
-        folder = f"/mnt/{self.user}"
+        folder = f"/mnt/{name}"
         os.makedirs(folder, exist_ok=True)
         output_of(["mount", "-t", "cifs", f"//{from_address(self.host)}/{share}", folder,
                    "-o", f"username={self.user},password={PASSWORD}"])
@@ -107,7 +105,7 @@ class Sftp(Client):
     protocol, program = "SSH", "sftp-server"
 
     def begin(self, ends):
-        upload = write_file("/root/sftp-upload", bytes(1 << 20))
+        upload = write_file(f"/root/{os.path.basename(self.path)}", bytes(1 << 20))
         client = start_until(ends, ["sftp", "-q", "-l", "8", *SSH, "-o", f"BindAddress={self.host}",
                                     "-b", "-", f"{self.user}@127.0.0.1"], stdin=subprocess.PIPE)
         client.stdin.write(f"put {upload} {self.path}\n".encode())
@@ -118,7 +116,7 @@ class FtpUpload(Client):
     protocol, program = "FTP", "vsftpd"
 
     def begin(self, ends):
-        upload = write_file("/root/ftp-upload", bytes(1 << 22))
+        upload = write_file(f"/root/{os.path.basename(self.path)}", bytes(1 << 22))
         start_until(ends, ["curl", "--silent", "--show-error", "--limit-rate", "1k", "--interface",
                            self.host, "--user", f"{self.user}:{PASSWORD}", "--upload-file", upload,
                            f"ftp://127.0.0.1/{os.path.basename(self.path)}"])
@@ -135,3 +133,19 @@ class RsyncUpload(Client):
         start_until(ends, ["rsync", "--bwlimit=4", f"--address={self.host}", upload,
                            f"rsync://127.0.0.1/{os.path.basename(folder)}/"])
         self.path = wait_until(lambda: glob.glob(f"{folder}/.{name}.*"), f"upload of {name}")[0]
+
+
+def one_of_each(mark, first):
+    """Clients of each kind, from addresses 127.0.0.FIRST and above, with files called by a mark."""
+    kinds = (
+        (SmbClient, "alice", "photo", "smbclient"),
+        (CifsMount, "bob", "projects", "cifs"),
+        (SshCommand, "alice", "photo", "command"),
+        (SshTerminal, "bob", "projects", "terminal"),
+        (Sftp, "bob", "photo", "sftp"),
+        (FtpUpload, "alice", "photo", "ftp"),
+        (RsyncUpload, "alice", "projects", "rsync"),
+    )
+    volumes = {"photo": "/volume1", "projects": "/volume2"}
+    return [kind(user, f"127.0.0.{first + number}", f"{volumes[share]}/{share}/{mark}{name}")
+            for number, (kind, user, share, name) in enumerate(kinds)]

@@ -4,9 +4,10 @@
 #
 #   tests/vm/run.sh bookworm|trixie [TEST...]
 #
-# TEST is such as clients_test.SshClients, without one all are run. The machine is one of
-# scripts/vm.sh; it is shut down at the end, and its console stays in build/vm/RELEASE. Takes some
-# minutes, and some more where the machine's image isn't kept from an earlier run.
+# TEST is such as clients_test.Clients, without one all are run, those of rebooted.py after a reboot.
+# The machine is one of scripts/vm.sh; it is shut down at the end, and its console stays in
+# build/vm/RELEASE. Takes some minutes, and some more where the machine's image isn't kept from an
+# earlier run.
 #
 # Exit status: 0 when all tests have passed, 1 otherwise.
 set -euo pipefail
@@ -19,11 +20,10 @@ vm() { # VERB [ARG...]
 }
 
 # Whatever an SSH session starts belongs to that session's client, so the tests have a unit.
-run_tests() { # [TEST...]
-    [[ $# -gt 0 ]] || set -- discover --pattern '*_test.py'
+run_tests() { # TEST...
     vm run rm -rf "$tests"
     vm run mkdir "$tests"
-    vm put "$project/tests/harness" "$project/tests/vm" "$tests"
+    vm put "$project/README.md" "$project/tests/harness" "$project/tests/vm" "$tests"
     vm run systemd-run --quiet --collect --wait --pipe --working-directory="$tests/vm" \
         --setenv=PYTHONPATH="$tests" --setenv=PYTHONDONTWRITEBYTECODE=1 \
         /usr/bin/python3 -m unittest "$@" --verbose
@@ -43,4 +43,12 @@ vm boot
 vm install
 # Into the slices that the installation has brought.
 vm run systemctl restart ssh smbd vsftpd rsync
-run_tests "$@"
+vm link "$project/tests/vm/linked"
+if [[ $# -gt 0 ]]; then
+    run_tests "$@"
+    exit
+fi
+run_tests discover --pattern '*_test.py'
+vm run systemctl enable vorn-slices.service vorn-openfiles-metrics.timer
+vm reboot
+run_tests rebooted
