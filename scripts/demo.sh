@@ -5,24 +5,39 @@
 #   scripts/demo.sh
 #
 # A host without /volume* mounts gets a private sample host (scripts/sample-host.sh) with two
-# volumes, a few shares and real processes that hold files there. Nothing of it stays.
+# volumes, a few shares and real processes that hold files there. Nothing of it stays but build/demo.
+#
+# Needs root or sudo, and says before anything is installed or built what else is missing.
 set -euo pipefail
 
 scripts=$(dirname "$(realpath "$0")")
 project=$(dirname "$scripts")
-build=$project/build/release
+build=$project/build/demo # nobody else's, whose options and failures would be its own
+as_root=()
+
+fail() {
+    echo "demo: $1" >&2
+    exit 1
+}
+
+require_rights() {
+    if [[ $EUID -ne 0 ]]; then
+        command -v sudo >/dev/null || fail "needs root: other users' files are not shown to anybody else"
+        sudo true || fail "needs root, and sudo refuses it"
+        as_root=(sudo)
+    fi
+    host_has_volumes || "${as_root[@]}" "$scripts/sample-host.sh" --check
+}
 
 build_release() {
     "$scripts/install-deps.sh" build run
-    local log options=(-DVORN_BUILD_BENCH=OFF)
-    # The tests' own dependencies aren't needed; a build folder that has them already keeps them.
-    [[ -e $build/CMakeCache.txt ]] || options+=(-DVORN_BUILD_TESTS=OFF)
+    local log
     log=$(mktemp)
     # shellcheck disable=SC2064 # the name is known now
     trap "rm -f '$log'" EXIT
     echo "Building in $build ..."
-    if ! (cd "$project" && cmake --preset release "${options[@]}" &&
-        cmake --build --preset release --target vorn-openfiles) >"$log" 2>&1; then
+    if ! (cd "$project" && cmake --preset release -B "$build" -DVORN_BUILD_TESTS=OFF \
+        -DVORN_BUILD_BENCH=OFF && cmake --build "$build") >"$log" 2>&1; then
         cat "$log" >&2
         exit 1
     fi
@@ -98,11 +113,12 @@ demo_in_sample_host() {
 
 case ${1-} in
     '')
+        require_rights
         build_release
         if host_has_volumes; then
-            show "$build/bin/vorn-openfiles" --by volume
+            show "${as_root[@]}" "$build/bin/vorn-openfiles" --by volume
         else
-            "$scripts/sample-host.sh" "$0" --inside
+            "${as_root[@]}" "$scripts/sample-host.sh" "$(realpath "$0")" --inside
         fi
         ;;
     --inside) demo_in_sample_host ;;

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Installs what Debian 12 packages the project needs, and only those that are missing.
+# Installs what packages of Debian 12 or 13 the project needs, and only those that are missing.
 #
 #   scripts/install-deps.sh [GROUP...]
 #
-# Groups: build, run, test, e2e, bench, vm. Without a group: all but vm.
+# Groups: build, run, test, e2e, page, bench, vm. Without a group: all but page and vm.
 #
 # Needs root or sudo when something is missing, nothing otherwise: a second run touches neither
 # network nor disk. Servers that the end-to-end tests start for themselves are installed, but not
@@ -15,11 +15,12 @@ declare -A packages
 
 # To build the library, the stand-in and the command.
 packages[build]='
+    bpftool
+    clang
     cmake
     g++
     libboost-dev
-    libboost-filesystem-dev
-    libboost-system-dev
+    libbpf-dev
     libcli11-dev
     libfmt-dev
     libjsoncpp-dev
@@ -40,19 +41,27 @@ packages[run]='
 # Test framework, sanitizers, analysers, formatters.
 packages[test]='
     bash-completion
+    btrfs-progs
     clang
     clang-format
     clang-tidy
     cppcheck
     devscripts
+    e2fsprogs
     fish
     gcovr
     jq
-    libclang-rt-14-dev
+    libboost-filesystem-dev
+    libclang-rt-dev
     libgmock-dev
     libgtest-dev
+    lld
     locales
+    lsof
+    man-db
     mandoc
+    mold
+    psmisc
     python3
     python3-jsonschema
     samba-common-bin
@@ -66,6 +75,7 @@ packages[test]='
 packages[e2e]='
     curl
     dropbear-bin
+    libpcre2-posix3
     lsof
     openssh-client
     openssh-server
@@ -78,6 +88,20 @@ packages[e2e]='
     samba
     smbclient
     vsftpd
+'
+
+# The page for Cockpit: to build it and to look at it in a browser.
+packages[page]='
+    appstream
+    chromium
+    cockpit-bridge
+    cockpit-system
+    cockpit-ws
+    fonts-dejavu-core
+    mandoc
+    samba
+    smbclient
+    sudo
 '
 
 # Benchmarks, the peers that they measure beside, plots.
@@ -102,6 +126,20 @@ packages[vm]='
     qemu-utils
     util-linux
 '
+
+# Whoever has node from elsewhere keeps it: Debian's npm goes with Debian's node only.
+for program in nodejs npm; do
+    command -v "${program%js}" >/dev/null || packages[page]+=" $program"
+done
+
+# What Debian 13 names otherwise: gold has a package of its own there, and libraries that ProFTPD
+# needs were built anew for times beyond 2038.
+if [[ $(sed -n 's/^VERSION_ID="\?\([0-9]*\).*/\1/p' /etc/os-release) -ge 13 ]]; then
+    packages[test]+=' binutils-gold'
+    packages[e2e]+=' libhiredis1.1.0 libmemcached11t64 libmemcachedutil2t64'
+else
+    packages[e2e]+=' libhiredis0.14 libmemcached11 libmemcachedutil2'
+fi
 
 policy=/usr/sbin/policy-rc.d
 
@@ -155,8 +193,24 @@ apt_get() {
 
 [[ $# -gt 0 ]] || set -- build run test e2e bench
 listed=$(packages_of "$@")
+
+# Debian lets no two FTP servers be installed: this one is unpacked beside the other.
+proftpd=/opt/proftpd
+unpack_proftpd() {
+    local folder
+    folder=$(mktemp --directory)
+    (cd "$folder" && apt_get download proftpd-core)
+    as_root dpkg-deb --extract "$folder"/proftpd-core_*.deb "$proftpd"
+    rm -r "$folder"
+}
+
+wants_proftpd() { # GROUP...
+    [[ " $* " == *' e2e '* && ! -x $proftpd/usr/sbin/proftpd ]]
+}
+
 mapfile -t wanted < <(missing <<<"$listed")
 if [[ ${#wanted[@]} -eq 0 ]]; then
+    ! wants_proftpd "$@" || unpack_proftpd
     exit 0
 fi
 
@@ -164,3 +218,4 @@ echo "Installing: ${wanted[*]}"
 hold_services
 apt_get update
 apt_get install --no-install-recommends "${wanted[@]}"
+! wants_proftpd "$@" || unpack_proftpd

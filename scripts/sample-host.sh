@@ -2,6 +2,7 @@
 # Runs a command as root in a private sample host and passes its exit status on.
 #
 #   scripts/sample-host.sh COMMAND [ARG...]
+#   scripts/sample-host.sh --check            says what is missing to make one, does nothing
 #
 # What COMMAND finds:
 #   - two empty volumes (tmpfs) on /volume1 and /volume2, none of the host's own /volume* mounts
@@ -14,6 +15,7 @@
 #   - its own control-group hierarchy "name=systemd" on /sys/fs/cgroup/systemd whose root is the
 #     root that /proc/<pid>/cgroup shows: a process put into /sys/fs/cgroup/systemd/sshd.slice
 #     reads "name=systemd:/sshd.slice"
+#   - /etc/vorn/private-volumes, by which a PID namespace says that nobody outside uses its volumes
 #   - VORN_SAMPLE_HOST=1 in the environment
 #
 # Needs root with CAP_SYS_ADMIN, a kernel with overlayfs, util-linux and iproute2. A container will
@@ -24,7 +26,7 @@
 # outlives its processes; a janitor in a session of its own removes it, even when this script is
 # killed with SIGKILL. Where the janitor was killed as well, the next run does its work.
 #
-# Exit status: that of COMMAND; 2 when called wrongly or without root; 1 when the sample host cannot
+# Exit status: that of COMMAND; 2 when called wrongly or without the rights; 1 when the sample host cannot
 # be made.
 set -euo pipefail
 
@@ -44,6 +46,18 @@ fail() {
 mount_systemd_hierarchy() { # DIRECTORY
     mkdir -p "$1"
     mount -t cgroup -o none,name=systemd cgroup "$1"
+}
+
+# Containers mostly take away one or the other.
+require_rights() {
+    [[ $EUID -eq 0 ]] || fail "must be run as root" 2
+    local count capabilities
+    read -r _ _ count </proc/self/uid_map
+    [[ $count -eq 4294967295 ]] ||
+        fail "root of a user namespace may not mount control groups; it has to be the host's own root" 2
+    capabilities=$(sed -n 's/^CapEff:[[:space:]]*/0x/p' /proc/self/status)
+    ((capabilities >> 21 & 1)) ||
+        fail "root lacks CAP_SYS_ADMIN here; a container gets it by --cap-add SYS_ADMIN" 2
 }
 
 # --- Stage 1, in the caller's PID namespace: the control group and its removal -------------------
@@ -153,6 +167,9 @@ build_root() {
     mount -t tmpfs -o mode=0755 volume1 "$root/volume1"
     mount -t tmpfs -o mode=0755 volume2 "$root/volume2"
     mount -t tmpfs -o mode=0755 run "$root/run"
+    # Its own volumes: the processes outside of it, which it doesn't see, hold nothing there.
+    mkdir -p "$root/etc/vorn"
+    touch "$root/etc/vorn/private-volumes"
 }
 
 build_kernel_views() {
@@ -195,12 +212,13 @@ case ${1-} in
     --janitor) shift && janitor "$@" ;;
     --keep) shift && keep "$@" ;;
     --build) shift && build "$@" ;;
+    --check) require_rights ;;
     '' | -*)
-        echo "usage: $0 COMMAND [ARG...]" >&2
+        echo "usage: $0 COMMAND [ARG...] | --check" >&2
         exit 2
         ;;
     *)
-        [[ $EUID -eq 0 ]] || fail "must be run as root" 2
+        require_rights
         exec unshare --mount --propagation private "$self" --keep "$@"
         ;;
 esac

@@ -7,21 +7,24 @@
 #
 #   install   the packages that the project needs (scripts/install-deps.sh)
 #   shell     shellcheck over every script
-#   format    clang-format over every source, header guards
+#   format    clang-format over every source, header guards, licences
 #   build     release build, warnings are errors
-#   test      all tests: unit, platform, faults, cli, package, flood, hostile, e2e
-#   tidy      clang-tidy over library, stand-in and command
-#   cppcheck  cppcheck over library, stand-in and command
+#   test      all tests: unit, platform, faults, cli, slices, package, flood, hostile, e2e
+#   tidy      clang-tidy over library, stand-in, command and vorn-slices
+#   cppcheck  cppcheck over the same
 #   asan      all tests but package and flood under AddressSanitizer and
 #             UndefinedBehaviorSanitizer
-#   tsan      what the stand-in remembers, under ThreadSanitizer
+#   tsan      what the stand-in remembers and the command's threads, under ThreadSanitizer
 #   valgrind  unit tests under memcheck
 #   fuzz      every fuzz target for two seconds (fuzz/run.sh runs them for longer)
-#   coverage  lines and branches of library, stand-in and command that their tests reach
+#   coverage  lines and branches of the same that their tests reach
 #
-# One more runs only where it is named:
+# Three more run only where they are named:
 #
-#   vm        real clients on real hosts, Debian 12 and 13 in virtual machines (tests/vm/run.sh)
+#   page      the page for Cockpit: its modules, and all of it in a browser
+#   packages  Debian's packages, for 12 and 13, in clean roots (tests/debian/run.sh)
+#   vm        real clients on real hosts, Debian 12 and 13 in virtual machines (tests/vm/run.sh), and
+#             packages that come and go there (tests/vm/packages.sh)
 #
 # Run as root, no test may be skipped: what a test misses, "install" has to bring.
 set -euo pipefail
@@ -45,6 +48,7 @@ phase_shell() {
 phase_format() {
     list_files '*.h' '*.cpp' '*.c' | xargs -d '\n' clang-format --dry-run --Werror
     list_files '*.h' | check_guards
+    list_files '*.h' '*.cpp' '*.c' | check_licences
 }
 
 phase_build() {
@@ -56,15 +60,31 @@ phase_test() {
     run_tests release
 }
 
+phase_page() {
+    scripts/install-deps.sh page
+    quietly npm --prefix cockpit ci
+    quietly node cockpit/build.mjs
+    quietly node --test tests/page/unit/*.test.mjs
+    if [[ $EUID -eq 0 ]]; then
+        VORN_BUILD_FOLDER=$PWD/build/release quietly scripts/sample-host.sh \
+            node --test --test-concurrency=1 tests/page/browser/*.test.mjs
+    else
+        echo "  skipped the browser: a sample host needs root" >&2
+        echo 1 >>"$counter"
+    fi
+}
+
 phase_tidy() {
-    list_files 'src/*.cpp' 'platform/linux/*.cpp' 'cli/*.cpp' |
+    list_files 'src/*.cpp' 'platform/linux/*.cpp' 'groups/*.cpp' 'cli/*.cpp' 'slices/*.cpp' |
         quietly xargs -d '\n' -P "$jobs" -n 1 clang-tidy --quiet -p build/release
 }
 
 phase_cppcheck() {
+    # Programs for the kernel are no C that it knows.
     quietly cppcheck --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
         --std=c++17 --library=posix --library=gnu --quiet -j "$jobs" \
-        -I . -I include -I platform/include support src platform/linux cli
+        -i cli/host/kernel/programs -I . -I include -I platform/include support src platform/linux \
+        groups cli slices
 }
 
 phase_asan() {
@@ -75,8 +95,12 @@ phase_asan() {
 
 phase_tsan() {
     quietly cmake --preset tsan
-    quietly cmake --build --preset tsan --target vornplatform_threads
+    quietly cmake --build --preset tsan --target vornplatform_threads vorn_enumeration_tests \
+        vorn_cli_threads vorn-openfiles vorn_library_listing
     quietly build/tsan/bin/vornplatform_threads
+    quietly build/tsan/bin/vorn_enumeration_tests
+    quietly build/tsan/bin/vorn_cli_threads
+    VORN_OPENFILES=$PWD/build/tsan/bin/vorn-openfiles quietly tests/run.py tests/cli/command/test_workers.py
 }
 
 phase_valgrind() {
@@ -92,28 +116,38 @@ phase_fuzz() {
 }
 
 phase_coverage() {
-    local programs=(vornfilehandle_unit vornfilehandle_unit_shared vornplatform_tests vorn_cli_tests)
+    local programs=(vornfilehandle_unit vornfilehandle_unit_shared vornplatform_tests
+        vorn_groups_tests vorn_cli_tests vorn_cli_threads vorn_slices_tests)
     quietly cmake --preset coverage
-    quietly cmake --build --preset coverage --target vorn-openfiles
+    quietly cmake --build --preset coverage --target vorn_library_listing vorn-openfiles vorn-slices
     forget_coverage
     # Those that reach no line more but take a minute are left out.
-    quietly ctest --test-dir build/coverage --parallel "$jobs" --tests-regex '^Command[.]' \
+    quietly ctest --test-dir build/coverage --parallel "$jobs" --tests-regex '^(Command|Slices|EndToEnd.disconnect)' \
         --exclude-regex 'environment|hostile_names' --output-on-failure --no-tests=error &
     quietly cmake --build --preset coverage --target "${programs[@]}"
     printf 'build/coverage/bin/%s\n' "${programs[@]}" | quietly xargs -P "$jobs" -n 1 env
     wait $!
     find build/coverage -name '*.gcda' -empty -delete
-    gcovr --root . --filter src/ --filter platform/linux/ --filter cli/ -j "$jobs" \
+    gcovr --root . --filter src/ --filter platform/linux/ --filter groups/ --filter cli/ \
+        --filter slices/ -j "$jobs" \
         --object-directory build/coverage --exclude-throw-branches --print-summary \
         --json build/coverage/lines.json
     require_lines src 100
     require_lines platform/linux 93
+    require_lines groups 94
     require_lines cli 94
+    require_lines slices 85
+}
+
+phase_packages() {
+    quietly tests/debian/run.sh bookworm
+    quietly tests/debian/run.sh trixie
 }
 
 phase_vm() {
     quietly tests/vm/run.sh bookworm
     quietly tests/vm/run.sh trixie
+    quietly tests/vm/packages.sh
 }
 
 # --- What they are made of -----------------------------------------------------------------------
@@ -144,6 +178,18 @@ check_guards() { # reads names of headers
 forget_coverage() {
     find build/coverage -name '*.gcda' -delete
     find build/coverage -name '*.gcno' | sed 's/gcno$/gcda/' | (umask 0 && xargs -d '\n' touch)
+}
+
+# Whoever copies a file has its licence with it. Programs for the kernel are the kernel's as well.
+check_licences() { # reads names of sources
+    local source wrong=0
+    while IFS= read -r source; do
+        if ! head -n 1 "$source" | grep -qxE '// SPDX-License-Identifier: MIT( OR GPL-2.0-only)?'; then
+            echo "$source: the first line must be '// SPDX-License-Identifier: MIT'" >&2
+            wrong=1
+        fi
+    done
+    return "$wrong"
 }
 
 require_lines() { # FOLDER PERCENT
@@ -217,7 +263,7 @@ run_side_by_side() { # NAME...
     [[ $status -eq 0 ]] || exit 1
 }
 
-[[ $# -gt 0 ]] || set -- install shell format build test+tidy cppcheck asan tsan valgrind fuzz coverage
+[[ $# -gt 0 ]] || set -- install shell format build test+tidy cppcheck asan+coverage tsan+valgrind fuzz
 mapfile -t phases < <(printf '%s\n' "$@" | tr + '\n')
 for phase in "${phases[@]}"; do
     if ! declare -F "phase_$phase" >/dev/null; then

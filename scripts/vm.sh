@@ -10,6 +10,8 @@
 #                            a shell
 #   install [BUILD]          installs the project in it as README says, built for its release, or
 #                            what the build folder BUILD of this host has
+#   link FOLDER              builds the programs of a folder of the project, which link the library
+#                            that "install" has installed, and puts them into /usr/local/bin
 #   put FILE... TARGET       copies files and folders into it
 #   get FILE... TARGET       copies them out of it
 #   reboot                   returns when all is up again
@@ -151,13 +153,15 @@ note_port() {
 
 # The machine itself says when all is up.
 await_ready() {
-    local state='' pipe deadline=$((SECONDS + patience))
+    local state='' part pipe deadline=$((SECONDS + patience))
     exec {pipe}<>"$run/ready.out" # as a reader alone it would wait for a writer
-    until read -r -t 1 -u "$pipe" state; do
+    until read -r -t 1 -u "$pipe" part; do
+        state+=$part # The word may come in parts.
         if ! is_running || [[ $SECONDS -ge $deadline ]]; then
             break
         fi
     done
+    state+=$part
     exec {pipe}>&-
     [[ $state != running ]] || return 0
     if [[ $state == degraded ]]; then
@@ -230,6 +234,15 @@ install_project() { # [BUILD]
     shell sh -c 'ldconfig && systemctl daemon-reload'
 }
 
+link_programs() { # FOLDER
+    require_running
+    rm -rf "$run/linked"
+    "$scripts/vm/build.sh" "$release" "$cache/$release-build" "$run/linked" "$run/tree" \
+        "$(realpath "$1")"
+    find "$run/linked" -maxdepth 1 -type f -executable -print0 |
+        xargs -0 -I '{}' "$self" --release "$release" put '{}' /usr/local/bin
+}
+
 reboot_machine() {
     require_running
     # The connection ends before the command does.
@@ -251,12 +264,11 @@ stop() {
     is_running || return 0
     local pid
     pid=$(<"$run/pid")
+    # However this ends: whoever is told to end meanwhile must leave no machine behind.
+    trap end_machine EXIT
     timeout 30 "$self" --release "$release" run systemctl poweroff || true
-    if ! timeout 90 tail --pid="$pid" --sleep-interval=0.1 -f /dev/null; then
-        end_machine
+    timeout 90 tail --pid="$pid" --sleep-interval=0.1 -f /dev/null ||
         fail "the machine had to be killed"
-    fi
-    forget_machine
 }
 
 # --- Verbs ---------------------------------------------------------------------------------------
@@ -278,6 +290,7 @@ case $verb/$# in
     boot/*) boot "$@" ;;
     run/*) run_command "$@" ;;
     install/[01]) install_project "$@" ;;
+    link/1) link_programs "$@" ;;
     put/[01] | get/[01]) usage ;;
     put/*) put "$@" ;;
     get/*) get "$@" ;;
