@@ -7,17 +7,19 @@ _vorn_openfiles_values() { # COLUMN
 _vorn_openfiles() {
     local cur prev words cword split
     _init_completion -s -n = || return
-    local columns='service pid user host path filename time full_path hidden folder deleted'
+    local columns='service pid user host path filename time full_path hidden folder deleted share command owner login unit started fd mode size space modified inode device locks'
     local command=list
-    case ${words[1]-} in services | check | metrics | help) command=${words[1]} ;; esac
+    case ${words[1]-} in services | check | metrics | busy | idle | disconnect | help) command=${words[1]} ;; esac
 
     case $prev in
         --by) COMPREPLY=($(compgen -W 'share volume' -- "$cur")) && return ;;
         --hidden | --folders | --deleted) COMPREPLY=($(compgen -W 'yes no only' -- "$cur")) && return ;;
+        --source) COMPREPLY=($(compgen -W 'auto iterator walk' -- "$cur")) && return ;;
+        --schema) COMPREPLY=($(compgen -W '1 2' -- "$cur")) && return ;;
         --format) COMPREPLY=($(compgen -W 'table json jsonl csv' -- "$cur")) && return ;;
-        --sort) COMPREPLY=($(compgen -W 'service pid user host path filename' -- "$cur")) && return ;;
-        --print0) COMPREPLY=($(compgen -W "$columns" -- "$cur")) && return ;;
-        --columns | --count-by)
+        --print0 | --group-by) COMPREPLY=($(compgen -W "$columns" -- "$cur")) && return ;;
+        -o | --columns | --count-by | --sort | --sum)
+            [[ $prev == --sum ]] && columns='size space'
             local before=
             [[ $cur == *,* ]] && before=${cur%,*},
             COMPREPLY=($(compgen -P "$before" -W "$columns" -- "${cur##*,}"))
@@ -31,29 +33,32 @@ _vorn_openfiles() {
                 COMPREPLY=("${COMPREPLY[@]// /\\ }")
                 [[ $COMP_WORDBREAKS == *=* ]] || COMPREPLY=("${COMPREPLY[@]/#/${cur%%=*}=}")
             else
-                COMPREPLY=($(compgen -S = -W 'service pid user host path filename time' -- "$cur"))
+                COMPREPLY=($(compgen -S = -W "$columns" -- "$cur"))
                 compopt -o nospace
             fi
             return
             ;;
         --output) _filedir && return ;;
-        --limit | --timeout) return ;;
+        --limit | --timeout | --jobs | --wait | --since | --grace) return ;;
     esac
 
     if [[ $cur == -* ]]; then
         local options='--help --version -h -V'
         case $command in
-            services) options+=' --json' ;;
-            check) options+=' --json --timeout' ;;
-            metrics) options+=' --by --timeout --output' ;;
-            *) options+=' --by --timeout --time --where --match --not-where --not-match --hidden --folders
-                --deleted --sort --reverse --limit --format --json --print0 --pids --columns --no-header
-                --count-by --watch --quiet -q --strict' ;;
+            services) options+=' --json --schema' ;;
+            check) options+=' --json --schema --timeout' ;;
+            metrics) options+=' --by --timeout --jobs --source --sum --output' ;;
+            busy | idle) options+=' --wait --inside --source --json --schema --pids --quiet -q --timeout' ;;
+            disconnect) options+=' --by --timeout --jobs --source --where --match --not-where --not-match --since --hidden
+                --folders --deleted --json --yes --dry-run --grace --force' ;;
+            *) options+=' --by --timeout --jobs --source --time --where --match --not-where --not-match --since --hidden --folders
+                --deleted --sort --reverse --group-by --limit --format --json --schema --header --print0 --pids --columns -o --wide --no-header
+                --count-by --sum --watch --quiet -q --strict' ;;
         esac
         COMPREPLY=($(compgen -W "$options" -- "$cur"))
         return
     fi
-    [[ $command == list ]] && _filedir
-    [[ $command == help ]] && COMPREPLY=($(compgen -W 'list services check metrics' -- "$cur"))
-    ((cword == 1)) && COMPREPLY+=($(compgen -W 'list services check metrics help' -- "$cur"))
+    [[ $command == list || $command == busy || $command == idle || $command == disconnect ]] && _filedir
+    [[ $command == help ]] && COMPREPLY=($(compgen -W 'list services check metrics busy idle disconnect' -- "$cur"))
+    ((cword == 1)) && COMPREPLY+=($(compgen -W 'list services check metrics busy idle disconnect help' -- "$cur"))
 } && complete -F _vorn_openfiles vorn-openfiles
