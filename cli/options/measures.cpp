@@ -26,31 +26,34 @@ std::optional<std::int64_t> Whole(double number) {
                             : std::nullopt;
 }
 
+void ConsumeEither(std::string_view& text, std::string_view upper, std::string_view lower) {
+    if (!support::ConsumePrefix(text, upper)) {
+        support::ConsumePrefix(text, lower);
+    }
+}
+
 }  // namespace
 
 std::optional<std::int64_t> ParseSize(const std::string& text) {
     if (const auto bytes = support::ParseNumber<std::int64_t>(text)) {
         return *bytes >= 0 ? bytes : std::nullopt;
     }
-    std::string upper = text;
-    std::transform(upper.begin(), upper.end(), upper.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-    });
-    std::string_view rest = upper;
+    std::string_view rest = text;
     const auto amount = TakeAmount(rest);
-    constexpr std::string_view kUnits = "KMGTPE";
+    constexpr std::string_view kUnits = "KMGTPEkmgtpe";
+    constexpr size_t kPowers = kUnits.size() / 2;
     const size_t unit = rest.empty() ? std::string_view::npos : kUnits.find(rest[0]);
     if (unit != std::string_view::npos) {
         rest.remove_prefix(1);
-        support::ConsumePrefix(rest, "I");
+        ConsumeEither(rest, "I", "i");
     }
-    support::ConsumePrefix(rest, "B");
+    ConsumeEither(rest, "B", "b");
     if (!amount || !rest.empty()) {
         return std::nullopt;
     }
     return Whole(*amount * (unit == std::string_view::npos
                                 ? 1
-                                : std::exp2(10 * (static_cast<double>(unit) + 1))));
+                                : std::exp2(10 * (static_cast<double>(unit % kPowers) + 1))));
 }
 
 std::optional<std::int64_t> ParseDuration(const std::string& text) {
