@@ -6,8 +6,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text = TextOf(data, size);
-    if (auto dump = vornplatform::ParseSambaDump(text)) {
-        CheckShares(std::move(dump->shares));
+    if (const auto dump = vornplatform::ParseSambaDump(text)) {
+        CheckShares(dump->shares);
     }
     for (const std::string& file : vornplatform::IncludedFiles(text)) {
         Must(file.front() == '/' && file.find('%') == std::string::npos);

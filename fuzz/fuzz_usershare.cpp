@@ -9,8 +9,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (text.find('\0') != std::string_view::npos) {
         return 0;
     }
-    if (auto share = vornplatform::ParseUsershare("file name", text)) {
-        CheckShares({std::move(*share)});
+    if (const auto share = vornplatform::ParseUsershare("file name", text)) {
+        CheckShares({*share});
     }
     return 0;
 }
