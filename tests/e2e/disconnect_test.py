@@ -14,7 +14,7 @@ import smb_test
 import ssh_test
 from harness.command import COMMAND, run
 from harness.files import touch, write_file
-from harness.processes import Holder, await_holder, holders, output_of, parent_of, program_of, start, stop
+from harness.processes import Holder, await_holder, holders, output_of, parent_of, program_of, start, start_as, stop
 from harness.sample_host import PASSWORD, needs, set_up_host
 from harness.servers import Server, SystemLog
 from harness.terminal import Terminal
@@ -378,19 +378,6 @@ class Proftpd(Vsftpd):
 class ReusedPids(DisconnectTest, smb_test.SmbTest):
     """The sample host's PID namespace is made to give an id again."""
 
-    def reuse(self, pid, argv):
-        """Starts a program that has this id."""
-        def attempt():
-            touch(NEXT_PID, str(pid - 1))
-            process = start(argv)
-            if process.pid == pid:
-                return process
-            stop(process)
-            return None
-        process = wait_until(attempt, f"process {pid} to be another one")
-        self.addCleanup(stop, process)
-        return process
-
     def test_whoever_has_the_id_of_an_ended_server_by_the_answer_is_not_hit(self):
         self.hold("alice", "127.0.0.71", "file-0")
         pid = await_holder("/volume1/share/file-0", "smbd")
@@ -399,8 +386,9 @@ class ReusedPids(DisconnectTest, smb_test.SmbTest):
         os.kill(pid, signal.SIGKILL)
         wait_until(lambda: not os.path.exists(f"/proc/{pid}"), "the server to have gone")
         # It even holds the file that it is all about.
-        other = self.reuse(pid, [sys.executable, "-c", "import time\nheld = open('/volume1/share/file-0')\n"
-                                 "time.sleep(1000)"])
+        other = start_as(pid, [sys.executable, "-c", "import time\nheld = open('/volume1/share/file-0')\n"
+                               "time.sleep(1000)"])
+        self.addCleanup(stop, other)
         wait_until(lambda: holders("/volume1/share/file-0") == {pid}, "it to hold the file")
         terminal.type("y\n")
         status, lines = terminal.finish()

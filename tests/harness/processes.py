@@ -85,6 +85,19 @@ def stop(process):
             stream.close()
 
 
+def start_as(pid, argv):
+    """Starts a program that gets the id of a process that has ended; not in the host's own PID namespace."""
+    def attempt():
+        with open("/proc/sys/kernel/ns_last_pid", "w", encoding="ascii") as file:
+            file.write(str(pid - 1))
+        process = start(argv)
+        if process.pid == pid:
+            return process
+        stop(process)
+        return None
+    return wait_until(attempt, f"process {pid} to be another one")
+
+
 def holders(path):
     """Pids of the processes that hold a file open, by the link of a descriptor."""
     wanted, found = os.fsencode(path), set()
