@@ -14,6 +14,7 @@ import smb_test
 import ssh_test
 from harness.command import COMMAND, run
 from harness.files import touch, write_file
+from harness.fuse_volume import FILE, FuseVolume
 from harness.processes import Holder, await_holder, holders, output_of, parent_of, program_of, start, start_as, stop
 from harness.sample_host import PASSWORD, needs, set_up_host
 from harness.servers import Server, SystemLog
@@ -157,14 +158,25 @@ class Smb(DisconnectTest, smb_test.SmbTest):
     def test_a_terminal_is_asked(self):
         for answer, status in (("n", 2), ("", 2), ("yep", 2), ("y", 0)):
             with self.subTest(answer):
-                terminal = Terminal(COMMAND, "disconnect", "/volume1/share/file-2")
-                shown = terminal.wait_for(b"End 1 connection? [y/N] ")
-                self.assertIn(b"share/file-2", shown)
-                self.expect_alone("file-0", "file-2")
-                terminal.type(answer + "\n")
-                self.assertEqual(terminal.finish()[0], status)
+                self.answer_to([], answer, "file-2", status)
         self.await_free("/volume1/share/file-2")
         self.expect_alone("file-0")
+
+    def test_a_terminal_is_asked_within_a_time_limit_too(self):
+        for answer, status in (("n", 2), ("y", 0)):
+            with self.subTest(answer):
+                self.answer_to(["--timeout", "60"], answer, "file-2", status)
+        self.await_free("/volume1/share/file-2")
+        self.expect_alone("file-0")
+
+    def answer_to(self, limit, answer, name, status):
+        terminal = Terminal(COMMAND, "disconnect", *limit, f"/volume1/share/{name}")
+        shown = terminal.wait_for(b"End 1 connection? [y/N] ")
+        self.assertIn(f"share/{name}".encode(), shown)
+        self.expect_alone("file-0", name)
+        terminal.type(answer + "\n")
+        self.assertEqual(terminal.finish()[0], status)
+        self.assertEqual(terminal.settings_after, terminal.settings_before)
 
     def test_a_user_without_rights_is_told(self):
         for arguments in (["--yes", "/volume1/share"], ["--dry-run"]):
@@ -320,6 +332,22 @@ time.sleep(1000)
                           open("/root/said", encoding="utf-8").read(), "the answer")
         self.assertIn("this command runs over its connection", said)
         self.assertTrue(said.endswith("\n1\n"), said)
+        self.assertTrue(is_alive(pid))
+
+
+class DeadVolume(DisconnectTest, ssh_test.SshTest):
+    def test_ends_the_command_in_time_and_nobody_by_it(self):
+        volume = FuseVolume()
+        self.addCleanup(volume.close)
+        self.ssh("root", "127.0.0.48", f"exec 9<{os.fsdecode(FILE)}; read _; :")
+        pid = await_holder(FILE, "bash")
+        terminal = Terminal(COMMAND, "disconnect", "--by", "volume", "--timeout", "0.5", FILE)
+        terminal.wait_for(b"End 1 connection? [y/N] ")
+        volume.die()
+        terminal.type("y\n")
+        status, lines = terminal.finish()
+        self.assertEqual((status, lines[-2:]), (2, [
+            "vorn-openfiles: no answer within 0.5 s; volumes that don't answer: /volume9", ""]))
         self.assertTrue(is_alive(pid))
 
 

@@ -6,7 +6,7 @@
 
 #include "cli/process/standard_descriptors.h"
 #include "cli/process/supervision/gate_protocol.h"
-#include "cli/process/supervision/pass_outputs.h"
+#include "cli/process/supervision/pass_descriptors.h"
 
 namespace cli {
 
@@ -18,14 +18,14 @@ void Gate::Say(char byte) const {
 
 void Gate::Enter() {
     if (socket_ >= 0) {
-        DropStandardDescriptors({STDOUT_FILENO, STDERR_FILENO});
+        DropStandardDescriptors({STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO});
         Say(kGateEntered);
     }
 }
 
 void Gate::Leave() {
     Say(kGateLeft);
-    if (socket_ >= 0 && !ReceiveOutputs(socket_)) {
+    if (socket_ >= 0 && !ReceiveStandardDescriptors(socket_)) {
         _exit(kGateLost);
     }
 }

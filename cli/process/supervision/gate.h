@@ -13,8 +13,9 @@ namespace cli {
  * Marks the part of the work in which a volume may keep the worker waiting for good.
  *
  * A worker that waits for a dead file system can't always be killed, and whoever reads its output
- * would wait for it to end. So inside the gate it holds none of its output: it gets standard
- * output and standard error from its supervisor, over a socket, each time that it leaves the gate.
+ * or wants its terminal back would wait for it to end. So inside the gate it has none of its
+ * standard descriptors: it gets them from its supervisor, over a socket, each time that it leaves
+ * the gate.
  *
  * Without a supervisor the gate does nothing.
  */

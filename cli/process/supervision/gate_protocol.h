@@ -10,15 +10,15 @@
 namespace cli {
 
 /** @name The worker's. @{ */
-constexpr char kGateEntered = 'e';  /**< holds no output any more, the time runs */
-constexpr char kGateLeft = 'l';     /**< waits for its output */
+constexpr char kGateEntered = 'e';  /**< has let go of its descriptors, the time runs */
+constexpr char kGateLeft = 'l';     /**< waits for its standard descriptors */
 constexpr char kGateFound = 'f';    /**< a look has found something, said once */
 constexpr char kScreenWanted = 's'; /**< waits for the terminal to be ready for drawing */
 constexpr char kScreenDone = 'd';   /**< waits for the terminal to be as it was */
 /** @} */
 
 /** @name The supervisor's. @{ */
-constexpr char kGateOpened = 'o'; /**< here are standard output and standard error, as SCM_RIGHTS */
+constexpr char kGateOpened = 'o'; /**< here are the standard descriptors, as SCM_RIGHTS */
 constexpr char kScreenSet = 'a';  /**< the terminal is as it was wanted */
 /** @} */
 

@@ -17,7 +17,7 @@
 #include "cli/process/output.h"
 #include "cli/process/signals.h"
 #include "cli/process/supervision/gate_protocol.h"
-#include "cli/process/supervision/pass_outputs.h"
+#include "cli/process/supervision/pass_descriptors.h"
 #include "cli/process/supervision/volume_probes.h"
 #include "cli/process/supervision/worker.h"
 #include "cli/process/terminal_state.h"
@@ -99,7 +99,7 @@ private:
                 break;
             case kGateLeft:
                 inside_ = false;
-                Must(SendOutputs(worker_.Socket()));
+                Must(SendStandardDescriptors(worker_.Socket()));
                 break;
             case kGateFound:
                 found_ = true;

@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "cli/failure.h"
-#include "cli/process/standard_descriptors.h"
 #include "cli/process/supervision/gate_protocol.h"
 
 namespace cli {
@@ -30,8 +29,6 @@ namespace {
     if (getppid() != supervisor) {
         _exit(kGateLost);
     }
-    // It has nothing to read, and a terminal isn't free before everybody has let go of it.
-    DropStandardDescriptors({STDIN_FILENO});
     Gate gate(socket);
     std::exit(work(gate));
 }

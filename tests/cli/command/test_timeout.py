@@ -33,7 +33,8 @@ class AnswerInTime(unittest.TestCase):
         with Holder([touch(b"/volume1/photo/a.jpg")]):
             limited, usual = run("--json", "--timeout", "60"), run("--json")
             self.assertEqual((limited.returncode, limited.stdout), (0, usual.stdout))
-        for arguments in (["/etc"], ["--strict", "/volume2"], ["metrics"], ["check"]):
+        for arguments in (["/etc"], ["--strict", "/volume2"], ["metrics"], ["check"],
+                          ["disconnect", "--dry-run", "/volume2"]):
             self.assertEqual(run(*arguments, "--timeout", "60").returncode, run(*arguments).returncode)
 
 
@@ -77,7 +78,7 @@ class DeadVolume(unittest.TestCase):
     def test_is_named_in_time(self):
         self.volume.die()
         for arguments in ([], [*ASKS, "--json"], ["--count-by", "user"], ["-q", FILE], ["metrics"],
-                          ["check"]):
+                          ["check"], ["disconnect", "--yes", FILE], ["disconnect", "--dry-run", *ASKS, "--folders", "no"]):
             begin = time.monotonic()
             result = run(*arguments, "--timeout", "0.5", timeout=PATIENCE)
             self.assertGreaterEqual(time.monotonic() - begin, 0.5)
@@ -197,11 +198,12 @@ class DeadVolume(unittest.TestCase):
                                 capture_output=True, check=False, timeout=PATIENCE)
         self.assertEqual(result.stdout, NO_ANSWER)
 
-    def test_has_a_worker_that_holds_no_output(self):
+    def test_has_a_worker_that_holds_neither_input_nor_output(self):
         self.volume.die()
-        parent = subprocess.Popen([COMMAND, "--timeout", "60"], stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-        wait_until(lambda: outputs(commands() - {parent.pid}) == ["/dev/null"] * 2, "all outputs to be let go of",
-                   PATIENCE)
+        parent = subprocess.Popen([COMMAND, "--timeout", "60"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                  stderr=subprocess.STDOUT)
+        wait_until(lambda: standard_descriptors(commands() - {parent.pid}) == ["/dev/null"] * 3,
+                   "all of them to be let go of", PATIENCE)
         parent.terminate()
         parent.communicate(timeout=PATIENCE)
 
@@ -211,8 +213,8 @@ def commands():
     return {int(entry) for entry in filter(str.isdigit, os.listdir("/proc")) if link(entry, "exe") == COMMAND}
 
 
-def outputs(pids):
-    return [link(pid, f"fd/{fd}") for pid in pids for fd in (1, 2)]
+def standard_descriptors(pids):
+    return [link(pid, f"fd/{fd}") for pid in pids for fd in (0, 1, 2)]
 
 
 def link(pid, name):
