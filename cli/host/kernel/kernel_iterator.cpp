@@ -87,15 +87,28 @@ KernelIterator::Opened KernelIterator::Open(Kind kind, const Scope& scope) {
 }
 
 bool KernelIterator::Read(std::string& portion) {
-    while (last_ == 0 && !atEnd_) {
+    ReadUntil(last_);
+    return Take(atEnd_ ? pending_.size() : last_, portion);
+}
+
+bool KernelIterator::ReadRecords(std::string& records) {
+    ReadUntil(seen_);
+    return Take(seen_, records);
+}
+
+/** Until there is something, or nothing more. */
+void KernelIterator::ReadUntil(const size_t& found) {
+    while (found == 0 && !atEnd_) {
         atEnd_ = !ReadMore();
         FindLastProcess();
     }
     if (atEnd_ && seen_ != pending_.size()) {
         throw std::system_error(EPROTO, std::generic_category());
     }
-    const size_t length = atEnd_ ? pending_.size() : last_;
-    portion.assign(pending_, 0, length);
+}
+
+bool KernelIterator::Take(size_t length, std::string& records) {
+    records.assign(pending_, 0, length);
     pending_.erase(0, length);
     seen_ -= length;
     last_ = 0;

@@ -83,7 +83,12 @@ public:
      */
     bool Read(std::string& portion);
 
+    /** The same, for whom a process may be split. Never both of one pass. */
+    bool ReadRecords(std::string& records);
+
 private:
+    void ReadUntil(const size_t& found);
+    bool Take(size_t length, std::string& records);
     bool ReadMore();
     void FindLastProcess();
 

@@ -15,12 +15,13 @@ struct Pass {
     std::string reason;
 };
 
-Pass Take(KernelIterator::Kind kind, const KernelIterator::Scope& scope) {
-    const auto [iterator, reason] = KernelIterator::Open(kind, scope);
+Pass Take(const KernelQuestion& question, KernelIterator::Kind kind,
+          const KernelIterator::Scope& scope, Decision& decision) {
+    const auto [iterator, reason] = question.open(kind, scope);
     if (!iterator) {
         return {std::nullopt, reason};
     }
-    auto holdings = Holdings::Read(*iterator);
+    auto holdings = Holdings::Read(*iterator, decision);
     const bool failed = !holdings;
     return {std::move(holdings), failed ? "it can't be read to its end" : ""};
 }
@@ -36,13 +37,16 @@ KernelIterator::Scope ScopeOf(const Targets& targets, Wanted wanted, bool socket
 
 }  // namespace
 
-std::optional<Holdings> Holdings::Read(KernelIterator& iterator) {
+std::optional<Holdings> Holdings::Read(KernelIterator& iterator, Decision& decision) {
     Holdings holdings;
     try {
-        for (std::string portion; iterator.Read(portion);) {
-            std::string_view rest = holdings.portions_.emplace_back(std::move(portion));
+        for (std::string records; !decision.IsMade() && iterator.ReadRecords(records);) {
+            std::string_view rest = holdings.portions_.emplace_back(std::move(records));
             while (!rest.empty()) {
                 const HeldFile file = TakeHeldFile(rest);
+                if (decision.Take(file)) {
+                    return holdings;
+                }
                 holdings.files_[file.pid].push_back(file);
             }
         }
@@ -64,22 +68,31 @@ bool Holdings::HasOwn(pid_t pid, pid_t thread) const {
                        [&](const HeldFile& file) { return file.thread == thread; });
 }
 
-KernelHoldings AskKernel(const Targets& targets, Wanted wanted, bool sockets, SourceKind source,
-                         const Workers& workers) {
-    if (source == SourceKind::kWalk) {
+KernelHoldings AskKernel(const KernelQuestion& question, const Workers& workers,
+                         Decision& decision) {
+    if (question.source == SourceKind::kWalk) {
         return {};
     }
+    const Targets& targets = question.targets;
     Pass descriptors;
     Pass mappings;
     // Of what is mapped from an overlay the kernel may tell the layer below alone.
     const size_t passes = targets.AnyOverlay() ? 1 : 2;
     workers.ForEach(passes, [&](size_t i) {
+        if (decision.IsMade()) {
+            return;
+        }
         (i == 0 ? descriptors : mappings) =
-            i == 0 ? Take(KernelIterator::Kind::kDescriptors, ScopeOf(targets, wanted, sockets))
-                   : Take(KernelIterator::Kind::kMappings, ScopeOf(targets, Wanted::kNames, false));
+            i == 0 ? Take(question, KernelIterator::Kind::kDescriptors,
+                          ScopeOf(targets, question.wanted, question.sockets), decision)
+                   : Take(question, KernelIterator::Kind::kMappings,
+                          ScopeOf(targets, Wanted::kNames, false), decision);
     });
+    if (decision.IsMade()) {
+        return {};
+    }
     for (const Pass& pass : {std::cref(descriptors), std::cref(mappings)}) {
-        if (source == SourceKind::kIterator && !pass.reason.empty()) {
+        if (question.source == SourceKind::kIterator && !pass.reason.empty()) {
             throw Failure("can't take the kernel's iterator: " + pass.reason);
         }
     }

@@ -2,6 +2,7 @@
 #ifndef VORN_CLI_QUESTION_HOLDERS_HOLDINGS_H
 #define VORN_CLI_QUESTION_HOLDERS_HOLDINGS_H
 
+#include <functional>
 #include <list>
 #include <optional>
 #include <string>
@@ -10,6 +11,7 @@
 
 #include "cli/host/kernel/kernel_iterator.h"
 #include "cli/process/workers.h"
+#include "cli/question/holders/decision.h"
 #include "cli/question/holders/source.h"
 #include "cli/question/sources/sources.h"
 
@@ -21,8 +23,8 @@ namespace cli {
  */
 class Holdings {
 public:
-    /** Reads a pass to its end; nothing where that fails. */
-    static std::optional<Holdings> Read(KernelIterator& iterator);
+    /** Reads a pass to its end, or until it is decided; nothing where that fails. */
+    static std::optional<Holdings> Read(KernelIterator& iterator, Decision& decision);
 
     /** In the kernel's order, those of its threads as well. */
     const std::vector<HeldFile>& Of(pid_t pid) const;
@@ -35,6 +37,16 @@ private:
     std::unordered_map<pid_t, std::vector<HeldFile>> files_;
 };
 
+/** What the kernel is asked, and how. */
+struct KernelQuestion {
+    const Targets& targets;
+    Wanted wanted;
+    bool sockets; /**< descriptors of sockets are wanted too */
+    SourceKind source;
+    /** Begins a pass. */
+    std::function<KernelIterator::Opened(KernelIterator::Kind, const KernelIterator::Scope&)> open;
+};
+
 /** What the kernel has told by itself; what it hasn't is to be read in /proc. */
 struct KernelHoldings {
     std::optional<Holdings> descriptors;
@@ -42,13 +54,13 @@ struct KernelHoldings {
 };
 
 /**
- * Has the kernel pass over the tables of all processes, where it can be asked.
+ * Has the kernel pass over the tables of all processes, where it can be asked. Once it is decided
+ * there is nothing more to be told.
  *
- * @param sockets  descriptors of sockets are wanted too
  * @throws Failure, with the reason, where the iterator alone will do and it can't be had
  */
-KernelHoldings AskKernel(const Targets& targets, Wanted wanted, bool sockets, SourceKind source,
-                         const Workers& workers);
+KernelHoldings AskKernel(const KernelQuestion& question, const Workers& workers,
+                         Decision& decision);
 
 }  // namespace cli
 

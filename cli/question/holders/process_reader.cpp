@@ -52,11 +52,11 @@ int ProcessReader::Read(Holders& holders, std::unordered_set<ino_t>& seenSockets
 
 void ProcessReader::ReadAll() {
     ReadTask({"", pid_, true, true});
-    if (error_ != 0 || rows_.Enough()) {
+    if (error_ != 0 || Enough()) {
         return;
     }
     for (const Task& task : OtherTasks()) {
-        if (!rows_.Enough()) {
+        if (!Enough()) {
             ReadTask(task);
         }
     }
@@ -101,10 +101,10 @@ void ProcessReader::ReadTask(const Task& task) {
             return;
         }
     }
-    if (task.files && !rows_.Enough()) {
+    if (task.files && !Enough()) {
         reading_.kernel.descriptors ? TakeDescriptors(task) : ReadDescriptors(task.folder);
     }
-    if (!memoryRead_ && !rows_.Enough()) {
+    if (!memoryRead_ && !Enough()) {
         // The first thread may have ended, and given its memory up: then it is another's to show.
         ReadMemory(task);
     }
@@ -130,7 +130,7 @@ void ProcessReader::ReadMemory(const Task& task) {
     }
     memoryRead_ = true;
     rows_.Take(Reason::kProgram, -1, *program, TextAt(folder_.Get(), name.c_str()));
-    if (!rows_.Enough()) {
+    if (!Enough()) {
         reading_.kernel.mappings ? TakeMappings(task, *program) : ReadMappings(task, *program);
     }
 }
@@ -139,7 +139,7 @@ void ProcessReader::ReadMemory(const Task& task) {
 void ProcessReader::TakeMappings(const Task& task, const Identity& program) {
     std::set<std::pair<dev_t, ino_t>> seen;
     for (const HeldFile& file : reading_.kernel.mappings->Of(pid_)) {
-        if (rows_.Enough()) {
+        if (Enough()) {
             return;
         }
         if (file.thread == task.thread && !file.isInnerPath &&
@@ -161,7 +161,7 @@ void ProcessReader::ReadMappings(const Task& task, const Identity& program) {
     const bool overlay = reading_.targets.AnyOverlay();
     std::set<std::pair<dev_t, ino_t>> seen;
     std::string_view rest = *text;
-    while (!rest.empty() && !rows_.Enough()) {
+    while (!rest.empty() && !Enough()) {
         const auto mapped = ParseMapped(support::TakeLine(rest));
         if (mapped && (overlay || reading_.targets.MayConcern(mapped->device)) &&
             seen.emplace(mapped->device, mapped->inode).second) {
@@ -200,7 +200,7 @@ void ProcessReader::ReadDescriptors(const std::string& folder) {
     }
     Miss(support::VisitFolder(descriptors.Get(), [&](const dirent64& entry) {
         TakeDescriptor(descriptors.Get(), folder, entry.d_name);
-        return error_ == 0 && !rows_.Enough();
+        return error_ == 0 && !Enough();
     }));
 }
 
@@ -216,7 +216,7 @@ void ProcessReader::TakeDescriptors(const Task& task) {
         return;
     }
     for (const HeldFile& file : files) {
-        if (error_ != 0 || rows_.Enough()) {
+        if (error_ != 0 || Enough()) {
             return;
         }
         if (file.thread == task.thread) {
@@ -235,18 +235,11 @@ void ProcessReader::TakeHeld(int folder, const std::string& taskFolder, const He
         TakeRing(taskFolder, name.c_str());
         return;
     }
-    const auto mount = static_cast<MountId>(file.mount);
-    if (!reading_.targets.IsToldByMount(mount, file.inode)) {
+    if (!reading_.targets.IsToldByMount(static_cast<MountId>(file.mount), file.inode)) {
         TakeDescriptor(folder, taskFolder, name.c_str());
         return;
     }
-    Identity identity;
-    identity.device = file.device;
-    identity.inode = file.inode;
-    identity.mount = mount;
-    identity.mode = file.mode;
-    identity.deleted = file.deleted;
-    rows_.Take(Reason::kFile, file.descriptor, identity, [&] {
+    rows_.Take(Reason::kFile, file.descriptor, IdentityOf(file), [&] {
         return file.path.empty() ? LinkText(folder, name.c_str())
                                  : std::optional<std::string>(file.path);
     });

@@ -27,6 +27,7 @@ struct ProcessReading {
     const KernelHoldings& kernel;
     /** Inode numbers of the sockets that are bound to files in a target, with these files. */
     const std::unordered_map<ino_t, UsedFile>& boundSockets;
+    Decision& decision;
 };
 
 /** Reads one process's folder. */
@@ -68,6 +69,8 @@ private:
     void TakeDescriptor(int folder, const std::string& taskFolder, const char* name);
     void TakeSocket(int descriptor, ino_t socket);
     void TakeRing(const std::string& taskFolder, const char* name);
+    /** Whether nothing more is wanted of this process. */
+    bool Enough() const { return rows_.Enough() || reading_.decision.IsMade(); }
     /** Remembers why something couldn't be read, unless the process or the thing has gone. */
     void Miss(int error);
 

@@ -72,22 +72,20 @@ std::string CommandName(pid_t pid) {
 ProcessSource::Share ProcessSource::ReadShare(const ProcessReading& reading,
                                               std::atomic<size_t>& next) const {
     Share share;
-    for (size_t at = next++; at < pids_.size(); at = next++) {
+    for (size_t at = next++; at < pids_.size() && !reading.decision.IsMade(); at = next++) {
         const int error = ProcessReader(reading, pids_[at]).Read(share.holders, share.seenSockets);
         if (error != 0) {
             share.unread.emplace_back(pids_[at], error);
         }
-        if (reading.wanted == Wanted::kWhether && !share.holders.rows.empty()) {
-            next = pids_.size();
+        if (!share.holders.rows.empty()) {
+            reading.decision.NoteFound();
         }
     }
     return share;
 }
 
-void ProcessSource::Find(const Targets& targets, Wanted wanted, Holders& holders) {
-    const BoundSockets sockets = FindBoundSockets(targets, pids_, holders);
-    const KernelHoldings kernel = AskKernel(targets, wanted, !sockets.empty(), source_, workers_);
-    const ProcessReading reading{targets, wanted, kernel, sockets};
+std::unordered_set<ino_t> ProcessSource::ReadProcesses(const ProcessReading& reading,
+                                                       Holders& holders) const {
     std::atomic<size_t> next = 0;
     std::vector<Share> shares(workers_.Count());
     workers_.ForEach(shares.size(), [&](size_t i) { shares[i] = ReadShare(reading, next); });
@@ -103,6 +101,19 @@ void ProcessSource::Find(const Targets& targets, Wanted wanted, Holders& holders
                      [](const Holder& a, const Holder& b) { return a.pid < b.pid; });
     Append(holders, std::move(found));
     TellUnread(unread, holders);
+    return seen;
+}
+
+void ProcessSource::Find(const Targets& targets, Wanted wanted, Holders& holders) {
+    const BoundSockets sockets = FindBoundSockets(targets, pids_, holders);
+    Decision decision(targets, wanted, pids_);
+    const KernelHoldings kernel =
+        AskKernel({targets, wanted, !sockets.empty(), source_, open_}, workers_, decision);
+    if (auto found = decision.Found()) {
+        holders.rows.push_back(std::move(*found));
+        return;
+    }
+    const auto seen = ReadProcesses({targets, wanted, kernel, sockets, decision}, holders);
     if (wanted != Wanted::kWhether || holders.rows.empty()) {
         AddUnseenSockets(sockets, seen, holders);
     }

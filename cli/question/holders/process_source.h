@@ -21,9 +21,11 @@ public:
      * @param pids    all that are to be looked at
      * @param workers who look
      * @param source  where descriptors and mappings are told; the rest is always read in /proc
+     * @param open    begins a pass of the kernel's iterator
      */
-    ProcessSource(std::vector<pid_t> pids, const Workers& workers, SourceKind source)
-        : pids_(std::move(pids)), workers_(workers), source_(source) {}
+    ProcessSource(std::vector<pid_t> pids, const Workers& workers, SourceKind source,
+                  decltype(KernelQuestion::open) open = KernelIterator::Open)
+        : pids_(std::move(pids)), workers_(workers), source_(source), open_(std::move(open)) {}
 
     void Find(const Targets& targets, Wanted wanted, Holders& holders) override;
 
@@ -36,10 +38,13 @@ private:
     };
 
     Share ReadShare(const ProcessReading& reading, std::atomic<size_t>& next) const;
+    /** @return numbers of the bound sockets that some process has */
+    std::unordered_set<ino_t> ReadProcesses(const ProcessReading& reading, Holders& holders) const;
 
     const std::vector<pid_t> pids_;
     const Workers workers_;
     const SourceKind source_;
+    const decltype(KernelQuestion::open) open_;
 };
 
 /** The processes that /proc shows; nothing, with errno, where it can't be listed. */

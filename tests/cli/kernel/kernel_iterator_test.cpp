@@ -110,6 +110,24 @@ TEST(KernelIteratorPortions, AreWholeWhereverAReadEnds) {
     }
 }
 
+TEST(KernelIteratorRecords, ComeInPiecesOfAProcess) {
+    std::string records;
+    while (records.size() < size_t{4} * 65536) {
+        records += Record(OfProcess(1), "/volume1/x");
+    }
+    KernelIterator iterator = IteratorOver(records);
+    std::string all;
+    for (std::string piece; iterator.ReadRecords(piece);) {
+        // One read, with what the last one has left of a record.
+        EXPECT_LT(piece.size(), 65536U + sizeof(vorn_record) + 10);
+        all += piece;
+    }
+    EXPECT_EQ(all, records);
+    KernelIterator cutShort = IteratorOver(records + "x");
+    std::string piece;
+    EXPECT_THROW(while (cutShort.ReadRecords(piece)){}, std::system_error);
+}
+
 TEST(KernelIteratorPortions, AreRefusedWhereTheLastRecordIsCutShort) {
     const std::string record = Record(OfProcess(1), "/volume1/x");
     for (size_t size = 1; size < record.size(); ++size) {
