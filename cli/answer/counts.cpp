@@ -33,9 +33,8 @@ struct Layout {
 std::vector<Heading> CountHeadings(const Presentation& presentation, Layout layout) {
     std::vector<Heading> headings = HeadingsOf(presentation.countBy, presentation.schema);
     for (Heading& heading : headings) {
-        // A value that several records have in common is a text, but for plain ones of schema 2.
-        const bool plain = presentation.schema > 1 && heading.kind != Kind::kJson;
-        heading = {heading.name, plain ? heading.kind : Kind::kText, false};
+        // A value that several records have in common is a text, but in schema 2.
+        heading = {heading.name, presentation.schema > 1 ? heading.kind : Kind::kText, false};
     }
     std::vector<Heading> numbers = {{"files", Kind::kNumber, true}};
     for (const Column column : presentation.summed) {
@@ -55,6 +54,13 @@ std::uint64_t Biggest(const std::vector<Count>& counts) {
         biggest = std::max(biggest, count.Rank());
     }
     return biggest;
+}
+
+/** So what differs in a list is counted apart. */
+CountQuestion::Cell CellsOf(int schema) {
+    return [schema](OpenedFile& file, Column column, const Known& known) {
+        return CellText(file, column, known, schema);
+    };
 }
 
 Row CountRow(Count count, Layout layout) {
@@ -87,7 +93,8 @@ std::string Bar(std::uint64_t part, std::uint64_t biggest, size_t width, bool ut
 void WriteCounts(Snapshot& snapshot, const Question& question, const Presentation& presentation,
                  const Terminal& terminal, Output& output) {
     std::vector<Count> counts =
-        CountBy(snapshot, presentation.countBy, presentation.summed, question.reverse);
+        CountBy(snapshot, {presentation.countBy, presentation.summed, CellsOf(presentation.schema)},
+                question.reverse);
     counts.resize(std::min(counts.size(), presentation.limit.value_or(counts.size())));
     const Layout layout(presentation.format);
     const size_t width =

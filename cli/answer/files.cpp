@@ -100,13 +100,16 @@ std::vector<Heading> HeadingsOf(const std::vector<Column>& columns, int schema) 
     return headings;
 }
 
+std::string CellText(OpenedFile& file, Column column, const Known& known, int schema) {
+    return schema > 1 && TypedKind(column) == Kind::kJson ? TypedValue(file, column, known)
+                                                          : ColumnText(file, column, known);
+}
+
 void FillRow(Row& row, OpenedFile& file, const std::vector<Column>& columns, const Known& known,
              int schema) {
     row.cells.resize(columns.size());
     for (size_t i = 0; i < columns.size(); ++i) {
-        const bool typed = schema > 1 && TypedKind(columns[i]) == Kind::kJson;
-        row.cells[i] =
-            typed ? TypedValue(file, columns[i], known) : ColumnText(file, columns[i], known);
+        row.cells[i] = CellText(file, columns[i], known, schema);
     }
     row.style = known.deleted || file.isHidden() ? Style::kFaint : Style::kPlain;
 }

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "cli/answer/formats/writer.h"
@@ -27,6 +28,9 @@ std::vector<Column> ShownColumns(const Presentation& presentation, bool withTime
 
 /** @param schema  of JSON, which has its types; other formats have the texts of schema 1 */
 std::vector<Heading> HeadingsOf(const std::vector<Column>& columns, int schema = 1);
+
+/** A record's cell in a column, as HeadingsOf says what it is. */
+std::string CellText(OpenedFile& file, Column column, const Known& known, int schema);
 
 /** Fills a row, which may be a used one. */
 void FillRow(Row& row, OpenedFile& file, const std::vector<Column>& columns, const Known& known,

@@ -27,24 +27,23 @@ std::uint64_t SizeSum::Of(Column sizeOrSpace) const {
     return sum;
 }
 
-std::vector<Count> CountBy(Snapshot& snapshot, const std::vector<Column>& columns,
-                           const std::vector<Column>& summed, bool reversed) {
+std::vector<Count> CountBy(Snapshot& snapshot, const CountQuestion& question, bool reversed) {
     std::map<std::vector<std::string>, Group> groups;
-    std::vector<std::string> values(columns.size());
+    std::vector<std::string> values(question.columns.size());
     for (OpenedFile& file : snapshot.files) {
         const Known known = snapshot.About(file);
-        std::transform(columns.begin(), columns.end(), values.begin(),
-                       [&](Column column) { return ColumnText(file, column, known); });
+        std::transform(question.columns.begin(), question.columns.end(), values.begin(),
+                       [&](Column column) { return question.cell(file, column, known); });
         Group& group = groups[values];
         ++group.files;
-        if (!summed.empty() && known.facts != nullptr) {
+        if (!question.summed.empty() && known.facts != nullptr) {
             group.sizes.Add(*known.facts);
         }
     }
     std::vector<Count> ordered;
     for (const auto& [key, group] : groups) {
         Count& count = ordered.emplace_back(Count{key, group.files, {}});
-        for (const Column column : summed) {
+        for (const Column column : question.summed) {
             count.sums.push_back(group.sizes.Of(column));
         }
     }

@@ -7,6 +7,7 @@
  * How many records there are of each kind, and how much space they take.
  */
 
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -42,12 +43,19 @@ struct Count {
     std::uint64_t Rank() const { return sums.empty() ? files : sums.front(); }
 };
 
+struct CountQuestion {
+    using Cell = std::function<std::string(OpenedFile&, Column, const Known&)>;
+
+    const std::vector<Column>& columns;
+    const std::vector<Column>& summed;
+    Cell cell = ColumnText; /**< a record's value in a column */
+};
+
 /**
  * Biggest first (smallest with reversed), by the first sum where there is one and by the number of
  * records otherwise; then by their values, byte by byte.
  */
-std::vector<Count> CountBy(Snapshot& snapshot, const std::vector<Column>& columns,
-                           const std::vector<Column>& summed, bool reversed);
+std::vector<Count> CountBy(Snapshot& snapshot, const CountQuestion& question, bool reversed);
 
 }  // namespace cli
 

@@ -9,8 +9,9 @@ namespace {
 
 std::vector<std::pair<std::string, size_t>> Counted(cli::Snapshot& snapshot, bool reversed) {
     std::vector<std::pair<std::string, size_t>> counted;
-    for (const auto& count :
-         cli::CountBy(snapshot, {cli::Column::kService, cli::Column::kUser}, {}, reversed)) {
+    const std::vector<cli::Column> columns = {cli::Column::kService, cli::Column::kUser};
+    const std::vector<cli::Column> nothing;
+    for (const auto& count : cli::CountBy(snapshot, {columns, nothing}, reversed)) {
         counted.emplace_back(count.values[0] + "/" + count.values[1], count.files);
     }
     return counted;

@@ -1,5 +1,6 @@
 """Help, man page, completions and schema say what the command does."""
 
+import fcntl
 import json
 import os
 import re
@@ -212,6 +213,18 @@ class Schema(unittest.TestCase):
                 self.check(run(command, "--json", *two).stdout, name="busy-2")
         self.check(run("services", "--json", *two).stdout, name="services-2")
         self.check(run("check", "--json", *two).stdout, name="check-2")
+
+    def test_counts_of_the_second_schema_have_what_its_records_have(self):
+        chosen = ("--json", "--schema", "2", "--where", "filename=a")
+        with open(touch(b"/volume1/photo/a", b"x" * 5000), "rb+") as file:
+            fcntl.lockf(file, fcntl.LOCK_EX, 20, 10)
+            [record] = json.loads(run("--time", *chosen).stdout)["files"]
+            self.assertRegex(record["started"] + record["time"], r"^(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ){2}$")
+            self.assertEqual((record["mode"], len(record["locks"])), (["rw"], 1))
+            for column, value in record.items():
+                document = run("--count-by", column, *chosen).stdout
+                self.check(document, name="2")
+                self.assertEqual(json.loads(document)["counts"], [{column: value, "files": 1}])
 
     def test_second_schema_refuses_the_first_one_and_each_other(self):
         documents = {name: run(*command, "--json", "--schema", "2").stdout for name, command in
