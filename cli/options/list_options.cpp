@@ -97,6 +97,10 @@ void AskWhatIsNamed(Options& options) {
     question.asked.service = has(Column::kService);
     question.asked.connection = has(Column::kHost) || has(Column::kUser);
     question.group = options.presentation.group;
+    // Of each record a watch may tell that it has opened or closed.
+    if (!options.watchSeconds && options.presentation.countBy.empty()) {
+        question.most = options.presentation.limit;
+    }
 }
 
 void Refuse(bool wrong, const char* text) {

@@ -37,6 +37,8 @@ struct Question {
     std::vector<Column> sort;    /**< otherwise by path */
     std::optional<Column> group; /**< goes before these */
     bool reverse = false;
+    /** Of records behind the first so many, times and facts are of no interest by themselves. */
+    std::optional<size_t> most;
 
     SourceKind source = SourceKind::kAuto;
     std::optional<size_t> jobs; /**< otherwise as many as processors that may be used */

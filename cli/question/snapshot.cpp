@@ -108,12 +108,68 @@ FactsOfFiles FactsOf(std::vector<Part>& parts, const Asked& asked, BootTicks beg
     return ReadFacts(files, asked.facts, began, workers);
 }
 
-Files Ordered(std::vector<Files> lists, const Question& question, const Snapshot& snapshot) {
-    Files files = Joined(std::move(lists));
+std::vector<Column> OrderedBy(const Question& question) {
     std::vector<Column> columns = question.sort;
     if (question.group) {
         columns.insert(columns.begin(), *question.group);
     }
+    return columns;
+}
+
+/** What needn't be known before it is known which records are shown. */
+struct Late {
+    bool facts = false;
+    bool times = false;
+};
+
+Late LateOf(const Question& question, const SelectionSteps& steps) {
+    Late late;
+    if (question.most) {
+        const std::vector<Column> order = OrderedBy(question);
+        late.facts = question.asked.facts.any() && SelectsAll(steps.byFacts) &&
+                     std::none_of(order.begin(), order.end(), IsFact);
+        late.times = question.time && SelectsAll(steps.byTime) &&
+                     std::find(order.begin(), order.end(), Column::kTime) == order.end();
+    }
+    return late;
+}
+
+/** The first records, in parts that several threads can look at. */
+std::vector<Part> TakeFirst(Snapshot& snapshot, size_t count) {
+    constexpr size_t kRecords = 500;
+    std::vector<Part> parts;
+    for (size_t left = std::min(count, snapshot.files.size()); left > 0;) {
+        const size_t taken = std::min(left, kRecords);
+        Part& part = parts.emplace_back();
+        part.files.splice(part.files.end(), snapshot.files, snapshot.files.begin(),
+                          std::next(snapshot.files.begin(), static_cast<long>(taken)));
+        for (const OpenedFile& file : part.files) {
+            if (snapshot.IsDeleted(file)) {
+                part.deleted.insert(&file);
+            }
+        }
+        left -= taken;
+    }
+    return parts;
+}
+
+void LookAtFirst(Snapshot& snapshot, const Question& question, const Late& late, BootTicks began,
+                 const Workers& workers) {
+    std::vector<Part> parts = TakeFirst(snapshot, *question.most);
+    if (late.facts) {
+        snapshot.facts = FactsOf(parts, question.asked, began, workers);
+    }
+    if (late.times) {
+        workers.ForEach(parts.size(), [&](size_t i) { AddTimes(parts[i]); });
+    }
+    for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+        snapshot.files.splice(snapshot.files.begin(), part->files);
+    }
+}
+
+Files Ordered(std::vector<Files> lists, const Question& question, const Snapshot& snapshot) {
+    Files files = Joined(std::move(lists));
+    const std::vector<Column> columns = OrderedBy(question);
     if (!columns.empty() && columns != std::vector{Column::kPath}) {
         Order(files, columns, [&](const OpenedFile& file) { return snapshot.About(file); });
     }
@@ -124,26 +180,28 @@ Files Ordered(std::vector<Files> lists, const Question& question, const Snapshot
     return files;
 }
 
-void Look(Snapshot& snapshot, const Question& question) {
+}  // namespace
+
+void FillSnapshot(Snapshot& snapshot, const Question& question, RecordSource& source) {
     const BootTicks began = BootTicksNow();
     // The identities are those of the caller: raising them is for set-user-id programs.
     snapshot.jobs = question.jobs ? *question.jobs : UsableProcessors();
     const Workers workers(snapshot.jobs);
-    const std::unique_ptr<RecordSource> source = MakeSource(question.source);
-    std::vector<Files> lists = EnumerateFiles(question, *source, workers);
-    snapshot.notice = source->Notice();
+    std::vector<Files> lists = EnumerateFiles(question, source, workers);
+    snapshot.notice = source.Notice();
     const SelectionSteps steps = InSteps(question.selection);
+    const Late late = LateOf(question, steps);
     std::vector<Part> parts(lists.size());
     workers.ForEach(lists.size(), [&](size_t i) {
         parts[i].files = std::move(lists[i]);
-        Select(parts[i], question, steps, source->TellsFolders());
+        Select(parts[i], question, steps, source.TellsFolders());
     });
-    if (question.asked.facts.any()) {
+    if (question.asked.facts.any() && !late.facts) {
         snapshot.facts = FactsOf(parts, question.asked, began, workers);
     }
     workers.ForEach(parts.size(), [&](size_t i) {
         Keep(parts[i], steps.byFacts, snapshot.facts);
-        if (question.time) {
+        if (question.time && !late.times) {
             AddTimes(parts[i]);
             Keep(parts[i], steps.byTime, snapshot.facts);
         }
@@ -153,9 +211,10 @@ void Look(Snapshot& snapshot, const Question& question) {
         snapshot.deleted.merge(parts[i].deleted);
     }
     snapshot.files = Ordered(std::move(lists), question, snapshot);
+    if (late.facts || late.times) {
+        LookAtFirst(snapshot, question, late, began, workers);
+    }
 }
-
-}  // namespace
 
 Snapshot TakeSnapshot(const Question& asked, Gate& gate) {
     const Gate::Inside inside(gate);
@@ -163,7 +222,7 @@ Snapshot TakeSnapshot(const Question& asked, Gate& gate) {
     const Question& question = meaning.question;
     Snapshot snapshot;
     snapshot.by = question.by;
-    Look(snapshot, question);
+    FillSnapshot(snapshot, question, *MakeSource(question.source));
     snapshot.notice = Joined(snapshot.notice, meaning.notice);
     snapshot.doubt = meaning.doubt;
     // Sources are known to have failed when they have been asked.

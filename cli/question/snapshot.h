@@ -41,6 +41,14 @@ struct Snapshot {
 };
 
 /**
+ * Enumerates what a source has, adds facts and times if asked, orders and selects: the part of
+ * TakeSnapshot that is left once the question is understood.
+ *
+ * @throws Failure when there is no answer
+ */
+void FillSnapshot(Snapshot& snapshot, const Question& question, RecordSource& source);
+
+/**
  * Understands the question, enumerates, adds facts and times if asked, orders and selects; all of
  * it inside the gate.
  *

@@ -83,6 +83,11 @@ TEST(Arguments, MeanWhatTheySay) {
              return o.question.sort == std::vector{Column::kUser, Column::kSize} &&
                     o.question.group == Column::kShare;
          }},
+        {{"--limit", "5", "-o", "+size"}, [](const Options& o) { return o.question.most == 5U; }},
+        {{"--limit", "5", "--watch", "-o", "+size"},
+         [](const Options& o) { return !o.question.most; }},
+        {{"--limit", "5", "--count-by", "owner"},
+         [](const Options& o) { return !o.question.most; }},
         {{"--count-by", "owner", "--sum", "space"},
          [](const Options& o) { return o.question.asked.facts.count() == 2; }},
         {{"metrics"},
