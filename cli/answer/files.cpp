@@ -114,6 +114,19 @@ void FillRow(Row& row, OpenedFile& file, const std::vector<Column>& columns, con
     row.style = known.deleted || file.isHidden() ? Style::kFaint : Style::kPlain;
 }
 
+bool Sections::Enter(OpenedFile& file, const Known& known) {
+    if (!group_) {
+        return false;
+    }
+    std::string text = ColumnText(file, *group_, known);
+    if (text == text_) {
+        return false;
+    }
+    writer_.Section(std::string(ColumnName(*group_)) + ' ' + text);
+    text_ = std::move(text);
+    return true;
+}
+
 namespace {
 
 using Place = Files::iterator;
@@ -196,16 +209,11 @@ private:
     Output& output_;
 };
 
-/** Records with a line above each group of those that have a column's text in common. */
 void WriteSections(Snapshot& snapshot, const std::vector<Column>& columns, Column group,
                    size_t shown, RecordWriter& writer) {
-    std::optional<std::string> section;
+    Sections sections(group, writer);
     ForEachShown(snapshot, shown, [&](OpenedFile& file, const Known& known) {
-        std::string text = ColumnText(file, group, known);
-        if (text != section) {
-            writer.Section(std::string(ColumnName(group)) + ' ' + text);
-            section = std::move(text);
-        }
+        sections.Enter(file, known);
         Row row;
         FillRow(row, file, columns, known);
         writer.Record(row);

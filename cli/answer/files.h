@@ -36,6 +36,20 @@ std::string CellText(OpenedFile& file, Column column, const Known& known, int sc
 void FillRow(Row& row, OpenedFile& file, const std::vector<Column>& columns, const Known& known,
              int schema = 1);
 
+/** The lines above records of a table that have a column's text in common. */
+class Sections {
+public:
+    Sections(std::optional<Column> group, RecordWriter& writer) : group_(group), writer_(writer) {}
+
+    /** To be called before each record. @return whether a section has begun */
+    bool Enter(OpenedFile& file, const Known& known);
+
+private:
+    const std::optional<Column> group_;
+    RecordWriter& writer_;
+    std::optional<std::string> text_;
+};
+
 /** Calls visit(file, known) for each record up to a limit. */
 template <typename Visit>
 void ForEachShown(Snapshot& snapshot, std::optional<size_t> limit, const Visit& visit) {

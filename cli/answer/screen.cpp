@@ -21,7 +21,16 @@ struct Room {
     size_t more;
 };
 
-/** The status has a line; so have the heading, and what is left over where something is. */
+/** Lines below the status. Those of headings and sections are no records. */
+struct Block {
+    std::vector<std::string> lines;
+    std::vector<bool> isRecord; /**< one a line */
+};
+
+/**
+ * Where each record takes a row: the status has one; so have the heading, and what is left over
+ * where something is.
+ */
 Room RoomFor(size_t records, const Presentation& presentation, size_t height) {
     const size_t taken = presentation.header ? 2 : 1;
     const size_t wanted = std::min(records, presentation.limit.value_or(records));
@@ -38,16 +47,33 @@ std::string StatusLine(const Snapshot& snapshot, const Changes& changes, double 
                        snapshot.notice.empty() ? "" : "  ", snapshot.notice);
 }
 
+std::vector<std::string> LinesOf(std::string_view text) {
+    std::vector<std::string> lines;
+    while (!text.empty()) {
+        lines.emplace_back(support::TakeLine(text));
+    }
+    return lines;
+}
+
 /** The records as lines, with a first column for the mark of new ones. */
-std::string Lines(Snapshot& snapshot, const Changes& changes, const Question& question,
-                  const Presentation& presentation, size_t shown, const Terminal& terminal) {
+Block BlockOf(Snapshot& snapshot, const Changes& changes, const Question& question,
+              const Presentation& presentation, size_t shown, const Terminal& terminal) {
     const std::vector<Column> columns = ShownColumns(presentation, question.time);
     std::vector<Heading> headings = HeadingsOf(columns);
     headings.insert(headings.begin(), Heading());
+    Block block;
     Output lines(Output::kNowhere);
-    TableWriter writer(presentation.header, terminal, lines);
+    TableWriter writer(presentation.header, ForTable(terminal, presentation), lines);
+    Sections sections(presentation.group, writer);
     writer.Begin(std::move(headings));
     ForEachShown(snapshot, shown, [&](OpenedFile& file, const Known& known) {
+        if (block.isRecord.empty() && presentation.header) {
+            block.isRecord.push_back(false);
+        }
+        if (sections.Enter(file, known)) {
+            block.isRecord.push_back(false);
+        }
+        block.isRecord.push_back(true);
         Row row;
         FillRow(row, file, columns, known);
         const bool isNew = changes.IsNew(file);
@@ -56,7 +82,47 @@ std::string Lines(Snapshot& snapshot, const Changes& changes, const Question& qu
         writer.Record(row);
     });
     writer.End();
-    return std::move(lines.Text());
+    block.lines = LinesOf(lines.Text());
+    return block;
+}
+
+/** Rows of the terminal that a line takes: a wide one goes on in the next. */
+size_t RowsOf(std::string_view line, const Terminal& terminal) {
+    std::string seen;
+    while (!line.empty()) {
+        // All that begins so is a style, as texts are escaped.
+        const size_t style = std::min(line.find('\x1B'), line.size());
+        seen += line.substr(0, style);
+        line.remove_prefix(style);
+        line.remove_prefix(line.empty() ? 0 : std::min(line.find('m'), line.size() - 1) + 1);
+    }
+    const size_t width = DisplayWidth(seen);
+    return width == 0 ? 1 : (width - 1) / terminal.width + 1;
+}
+
+/**
+ * Takes away from the end what there is no room for.
+ *
+ * @param rows       that there are
+ * @param leavesOut  some records are left out already, which has a row
+ * @return how many records are left out more
+ */
+size_t Fit(Block& block, size_t rows, bool leavesOut, const Terminal& terminal) {
+    size_t taken = 0;
+    for (const std::string& line : block.lines) {
+        taken += RowsOf(line, terminal);
+    }
+    size_t left = 0;
+    if (taken + (leavesOut ? 1 : 0) > rows) {
+        // Nor is a section shown of which nothing is.
+        while (!block.lines.empty() && (taken + 1 > rows || !block.isRecord.back())) {
+            taken -= RowsOf(block.lines.back(), terminal);
+            left += block.isRecord.back() ? 1 : 0;
+            block.lines.pop_back();
+            block.isRecord.pop_back();
+        }
+    }
+    return left;
 }
 
 }  // namespace
@@ -94,11 +160,17 @@ void DrawLook(Snapshot& snapshot, const Changes& changes, const Question& questi
         return;
     }
     const size_t height = terminal.addressable ? terminal.height : Terminal::kUnlimited;
-    const Room room = RoomFor(snapshot.files.size(), presentation, height);
+    Room room = RoomFor(snapshot.files.size(), presentation, height);
+    Block block = BlockOf(snapshot, changes, question, presentation, room.shown, terminal);
+    if (height != Terminal::kUnlimited) {
+        room.more += Fit(block, height - 1, room.more > 0, terminal);
+    }
     std::string lines =
         Shortened(StatusLine(snapshot, changes, seconds), terminal.width, terminal.utf8);
     lines += '\n';
-    lines += Lines(snapshot, changes, question, presentation, room.shown, terminal);
+    for (const std::string& line : block.lines) {
+        lines += line + '\n';
+    }
     if (room.more > 0) {
         lines += Shortened(fmt::format("{} more", room.more), terminal.width, terminal.utf8);
         lines += '\n';

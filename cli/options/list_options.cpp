@@ -135,8 +135,6 @@ void CheckWatch(const Options& options) {
     const Format format = options.presentation.format;
     Refuse(!options.presentation.countBy.empty(),
            "--watch shows files; it can't be combined with --count-by");
-    Refuse(options.presentation.group || options.presentation.wide,
-           "--watch can't be combined with --group-by and --wide");
     Refuse(options.presentation.jsonHeader, "--watch has no --header: each event says when it was");
     Refuse(options.quiet, "--watch and --quiet can't be combined");
     Refuse(format != Format::kTable && format != Format::kJsonl,

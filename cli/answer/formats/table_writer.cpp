@@ -24,6 +24,11 @@ std::string SizeText(const std::string& cell) {
 
 }  // namespace
 
+Terminal ForTable(Terminal terminal, const Presentation& presentation) {
+    terminal.width = presentation.wide ? Terminal::kUnlimited : terminal.width;
+    return terminal;
+}
+
 void TableWriter::Begin(std::vector<Heading> headings) {
     headings_ = std::move(headings);
     table_.emplace(headings_.size(), terminal_);

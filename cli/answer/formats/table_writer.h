@@ -9,6 +9,9 @@
 
 namespace cli {
 
+/** The terminal as a table is to see it, which may be told to shorten nothing. */
+Terminal ForTable(Terminal terminal, const Presentation& presentation);
+
 /** Aligned columns below a heading; no record, no heading. Written at the end, when widths are
  * known. */
 class TableWriter : public RecordWriter {

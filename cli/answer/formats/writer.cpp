@@ -29,9 +29,8 @@ std::unique_ptr<RecordWriter> MakeWriter(const Presentation& presentation, const
         case Format::kTable:
             break;
     }
-    Terminal shown = terminal;
-    shown.width = presentation.wide ? Terminal::kUnlimited : terminal.width;
-    return std::make_unique<TableWriter>(presentation.header, shown, output);
+    return std::make_unique<TableWriter>(presentation.header, ForTable(terminal, presentation),
+                                         output);
 }
 
 }  // namespace cli

@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import signal
 import subprocess
 import time
@@ -94,6 +95,37 @@ class OnATerminal(unittest.TestCase):
             self.assertLessEqual(columns(line), 20)
         terminal.process.send_signal(signal.SIGTERM)
         self.assertEqual(terminal.finish()[0], 0)
+
+    @staticmethod
+    def rows(screen):
+        """Of a drawn look, lines that are too long as they go on."""
+        text = re.sub("\x1b\\[[?]?[0-9]*[a-zA-Z]", "", screen.decode())
+        return text.split("\r\n")
+
+    def test_watch_is_wide_on_request(self):
+        for height in (24, 8, 7, 4):
+            terminal = Terminal(COMMAND, "--watch", "1000", "--wide", "-o", "path", columns=30, lines=height)
+            rows = self.rows(terminal.wait_for(b"\x1b[J"))
+            terminal.type("q")
+            self.assertEqual(self.ended(terminal), 0)
+            # A line of status, the heading, one line that fits and one that takes six rows.
+            self.assertEqual([row.strip() for row in rows[1:3]], ["PATH", "photo/a.jpg"][:height - 2])
+            wide = [row for row in rows if LONG[len("/volume1/"):] in row]
+            self.assertEqual((len(wide), rows[-1]), (1, wide[0]) if height >= 9 else (0, "1 more"))
+            self.assertLessEqual(sum(-(-columns(row) // 30) for row in rows), height)
+
+    def test_watch_has_sections(self):
+        with Holder([touch(b"/volume1/photo/b.jpg")]) as other:
+            for height, left in ((24, None), (7, None), (6, "1 more"), (5, "2 more"), (4, "3 more")):
+                terminal = Terminal(COMMAND, "--watch", "1000", "--group-by", "pid", "-o", "pid,filename", lines=height)
+                rows = self.rows(terminal.wait_for(b"\x1b[J"))
+                terminal.type("q")
+                self.assertEqual(self.ended(terminal), 0)
+                self.assertLessEqual(len(rows), height)
+                sections = [int(row.split()[1]) for row in rows if row.startswith("pid ")]
+                self.assertEqual(sections, sorted([self.holder.pid, other.pid])[:len(sections)])
+                self.assertEqual(rows[-1] if left else None, left)
+                self.assertFalse(rows[-2 if left else -1].startswith("pid "), rows)
 
     def watch(self, *arguments, **terminal):
         """A watch that has drawn its first look."""
