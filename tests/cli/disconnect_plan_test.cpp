@@ -240,6 +240,23 @@ TEST(DisconnectPlan, TellsWhatGoesWithTheSelected) {
     EXPECT_EQ(plan.connections.front().others.front().path, "/volume2/b");
 }
 
+TEST(DisconnectPlan, NamesTheUserWhoHoldsTheFiles) {
+    HostFacts host = Host();
+    const std::string slice = "ftpd.slice";
+    host.processes[50] = Process(1, "vsftpd", slice, {}, {21});
+    host.processes[51] = Process(50, "vsftpd", slice, {{kAlices, 21}});
+    host.processes[52] = Process(51, "vsftpd", slice, {{kAlices, 21}});
+    host.clients = {{51, {"192.0.2.10", "nobody", false}}, {52, {"192.0.2.10", "alice", false}}};
+    const cli::Plan plan = PlanFor(host, {52});
+    ASSERT_EQ(plan.connections.size(), 1U);
+    EXPECT_THAT(plan.connections.front().processes, ElementsAre(51, 52));
+    EXPECT_EQ(plan.connections.front().client.user, "alice");
+    host.clients.erase(52);
+    host.clients[51].ssh = true;
+    host.processes[51].program = "sshd";
+    EXPECT_EQ(PlanFor(host, {52}).connections.front().client.user, "nobody") << "of the head";
+}
+
 TEST(DisconnectPlan, TellsALaterProcessOfTheSameIdApart) {
     const auto connection = PlanFor(SambaHost(), {11}).connections.front();
     EXPECT_TRUE(cli::IsSame(connection, connection));

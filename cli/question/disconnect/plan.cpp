@@ -126,8 +126,8 @@ private:
         if (connection.processes.empty()) {
             const ServerProcess& server = *facts_.Process(head);
             connection.service = facts_.services.at(server.slice);
-            // The half of a server that holds no files may be told of no client.
-            for (const Client* client : {facts_.ClientOf(pid), facts_.ClientOf(head)}) {
+            // The half of a server that holds no files may be told of no client, or be no user's.
+            for (const Client* client : {facts_.ClientOf(head), facts_.ClientOf(pid)}) {
                 connection.client = client == nullptr ? connection.client : *client;
             }
             connection.processes = connections_.Of(head);
