@@ -77,6 +77,7 @@ packages[e2e]='
     dropbear-bin
     libpcre2-posix3
     lsof
+    openbsd-inetd
     openssh-client
     openssh-server
     procps

@@ -9,6 +9,7 @@ import subprocess
 import sys
 import unittest
 
+import dropbear_test
 import ftp_test
 import smb_test
 import ssh_test
@@ -40,9 +41,11 @@ DefaultRoot /volume1/share
 
 
 def setUpModule():
-    needs("sshd", "ssh", "smbd", "smbclient", "smbpasswd", "smbstatus", "vsftpd", PROFTPD, "curl")
+    needs("sshd", "ssh", "smbd", "smbclient", "smbpasswd", "smbstatus", "vsftpd", PROFTPD, "curl", "dropbear",
+          "dropbearkey", "inetd")
     set_up_host()
     ssh_test.set_up_ssh()
+    dropbear_test.set_up_dropbear()
     smb_test.set_up_smb(smb_test.CONFIGURATION)
     os.makedirs("/run/vsftpd/empty", exist_ok=True)
     write_file("/etc/vsftpd.conf", ftp_test.CONFIGURATION)
@@ -364,8 +367,43 @@ class SshWithoutPam(DisconnectTest, ssh_test.SshTest):
         self.assertIsNone(self.server.process.poll())
 
 
+class Dropbear(DisconnectTest, dropbear_test.DropbearTest):
+    def test_the_session_ends_with_all_of_its_processes_and_its_neighbour_does_not(self):
+        self.ssh("alice", "127.0.0.52", "sleep 1000 & exec 9>/volume1/share/small; read _; :")
+        neighbour = self.hold("/volume1/share/small-2", "alice", "127.0.0.52")
+        shell = await_holder("/volume1/share/small", "bash")
+        child = int(output_of(["pgrep", "-P", str(shell), "sleep"]))
+        head = parent_of(shell)
+        self.assertEqual((program_of(head), parent_of(head)), ("dropbear", self.server.process.pid))
+        self.expect_ended(disconnect("--yes", "/volume1/share/small"), 1)
+        self.assertEqual([is_alive(pid) for pid in (head, shell, child)], [False] * 3)
+        self.assertEqual(holders("/volume1/share/small-2"), {neighbour})
+        self.assertIsNone(self.server.process.poll())
+
+
+class DropbearDaemon(DisconnectTest, dropbear_test.DropbearTest):
+    LOG = "/volume1/share/dropbear.log"
+
+    def setUp(self):
+        """A log on the volume: the daemon and all that it starts have it."""
+        with open(self.LOG, "wb") as log:
+            super().setUp(pass_fds=[log.fileno()])
+
+    def test_is_left_alone(self):
+        main = self.server.process.pid
+        serving = parent_of(self.hold("/volume1/share/small-3", "bob", "127.0.0.53"))
+        self.assertLessEqual({main, serving}, holders(self.LOG))
+        status, _, complaints = disconnect("--yes", self.LOG)
+        self.assertEqual(status, 0, complaints)
+        self.assertIn(f"process {main} (dropbear) is left alone, as it is a server", complaints)
+        self.assertIn("'systemctl stop dropbear.service' would end it", complaints)
+        self.assertFalse(is_alive(serving))
+        self.assertIsNone(self.server.process.poll())
+
+
 class Vsftpd(DisconnectTest):
     PROGRAM = "vsftpd"
+    SERVICE = "FTP"
     PORT = 21
 
     @classmethod
@@ -385,7 +423,9 @@ class Vsftpd(DisconnectTest):
         ended = self.upload("alice", "127.0.0.61", one)
         above = parent_of(ended)
         neighbour = self.upload("alice", "127.0.0.61", other)
-        self.expect_ended(disconnect("--yes", f"/volume1/share/{one}"), 1)
+        result = disconnect("--yes", f"/volume1/share/{one}")
+        self.expect_ended(result, 1)
+        self.assertIn(f"ended: {self.SERVICE} connection of alice from 127.0.0.61 ", result[1])
         self.assertFalse(is_alive(ended))
         self.assertEqual(is_alive(above), above == self.server.process.pid)
         self.assertEqual(holders(f"/volume1/share/{other}"), {neighbour})
@@ -400,6 +440,23 @@ class Proftpd(Vsftpd):
     def setUpClass(cls):
         cls.server = Server("proftpd", [PROFTPD, "--nodaemon", "--config", "/etc/proftpd/e2e.conf"],
                             cls.PORT)
+        cls.addClassCleanup(cls.server.stop)
+
+
+class VsftpdOfInetd(Vsftpd):
+    """A daemon that waits for the clients of others, and starts a server for each."""
+    SERVICE = "Internet services (inetd)"
+    PORT = 2123
+
+    @classmethod
+    def setUpClass(cls):
+        configuration = write_file("/etc/vsftpd-inetd.conf", ftp_test.CONFIGURATION.replace(
+            "listen_ipv6=YES", "listen_ipv6=NO"))
+        with open("/etc/services", "a", encoding="ascii") as services:
+            services.write(f"e2e-ftp {cls.PORT}/tcp\n")
+        started = write_file("/etc/inetd-e2e.conf",
+                             f"e2e-ftp stream tcp nowait root /usr/sbin/vsftpd vsftpd {configuration}\n")
+        cls.server = Server("inetd", ["/usr/sbin/inetd", "-i", started], cls.PORT)
         cls.addClassCleanup(cls.server.stop)
 
 

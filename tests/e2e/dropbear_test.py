@@ -22,9 +22,14 @@ HOST_KEY = "/etc/dropbear/e2e-key"
 def setUpModule():
     needs("dropbear", "dropbearkey", "ssh")
     set_up_host()
+    output_of(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", KEY])
+    set_up_dropbear()
+
+
+def set_up_dropbear():
+    """Users may log in by the key."""
     os.makedirs("/etc/dropbear", exist_ok=True)
     output_of(["dropbearkey", "-t", "ed25519", "-f", HOST_KEY])
-    output_of(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", KEY])
     for user, home in (("alice", "/home/alice"), ("bob", "/home/bob"), ("root", "/root")):
         os.makedirs(f"{home}/.ssh", mode=0o700, exist_ok=True)
         shutil.copy(KEY + ".pub", f"{home}/.ssh/authorized_keys")
@@ -34,9 +39,9 @@ def setUpModule():
 
 
 class DropbearTest(unittest.TestCase):
-    def setUp(self):
+    def setUp(self, **options):
         self.server = Server("dropbear", ["/usr/sbin/dropbear", "-E", "-F", "-s", "-r", HOST_KEY,
-                                          "-p", str(PORT)], PORT)
+                                          "-p", str(PORT)], PORT, **options)
         self.addCleanup(self.server.stop)
 
     def ssh(self, user, address, command):
@@ -51,6 +56,8 @@ class DropbearTest(unittest.TestCase):
         self.ssh(user, address, f"exec 9>{shlex.quote(path)}; while read -r _; do :; done")
         return await_holder(path)
 
+
+class Clients(DropbearTest):
     def test_clients_have_their_address_and_user(self):
         rows = (("alice", "127.0.0.2"), ("bob", "127.0.0.3"), ("root", "127.0.0.4"))
         for user, address in rows:
