@@ -29,6 +29,35 @@ TEST(CountBy, PutsTheBiggestFirst) {
               (Expected{{"SMB/bob", 1}, {"SMB/carol", 1}, {"SMB/alice", 2}}));
 }
 
+cli::Facts FactsOfFile(dev_t device, std::uint64_t inode, std::uint64_t size) {
+    cli::FileFacts file;
+    file.device = device;
+    file.inode = inode;
+    file.regular = true;
+    file.size = size;
+    file.space = 8 * size;
+    cli::Facts facts;
+    facts.files.push_back(file);
+    return facts;
+}
+
+TEST(SizeSum, HasEachFileOnce) {
+    cli::SizeSum sum;
+    EXPECT_TRUE(sum.IsEmpty());
+    for (const auto& [device, inode] : {std::pair(1, 7), std::pair(1, 7), std::pair(1, 8),
+                                        // Another file system counts its files for itself.
+                                        std::pair(2, 7)}) {
+        sum.Add(FactsOfFile(static_cast<dev_t>(device), static_cast<std::uint64_t>(inode), 100));
+    }
+    EXPECT_EQ(sum.Of(cli::Column::kSize), 300U);
+    EXPECT_EQ(sum.Of(cli::Column::kSpace), 2400U);
+    cli::SizeSum other;
+    other.Add(FactsOfFile(1, 8, 100));
+    other.Add(FactsOfFile(1, 9, 50));
+    sum.Add(other);
+    EXPECT_EQ(sum.Of(cli::Column::kSize), 350U);
+}
+
 TEST(Bar, IsInProportionAndNeverEmpty) {
     EXPECT_EQ(cli::Bar(10, 10, 4, false), "####");
     EXPECT_EQ(cli::Bar(5, 10, 4, false), "##");
