@@ -21,6 +21,11 @@ PrefixSet::PrefixSet(std::vector<std::string_view> prefixes) : prefixes_(std::mo
     for (std::string_view prefix : prefixes_) {
         if (!prefix.empty()) {
             firstBytes_.set(static_cast<unsigned char>(prefix.front()));
+            if (prefix.size() > 1) {
+                secondBytes_.set(static_cast<unsigned char>(prefix[1]));
+            } else {
+                secondBytes_.set();
+            }
         }
     }
 }
@@ -30,13 +35,17 @@ bool PrefixSet::MatchesBeginOf(std::string_view text) const {
     return next != prefixes_.begin() && support::StartsWith(text, *std::prev(next));
 }
 
+bool PrefixSet::MayBeginAt(std::string_view text, size_t at) const {
+    return firstBytes_.test(static_cast<unsigned char>(text[at])) &&
+           (at + 1 == text.size() || secondBytes_.test(static_cast<unsigned char>(text[at + 1])));
+}
+
 bool PrefixSet::MatchesInside(std::string_view text) const {
     if (MatchesBeginOf(text)) {
         return true;
     }
     for (size_t at = 1; at < text.size(); ++at) {
-        if (firstBytes_.test(static_cast<unsigned char>(text[at])) &&
-            MatchesBeginOf(text.substr(at))) {
+        if (MayBeginAt(text, at) && MatchesBeginOf(text.substr(at))) {
             return true;
         }
     }

@@ -26,9 +26,12 @@ public:
     bool MatchesInside(std::string_view text) const;
 
 private:
+    bool MayBeginAt(std::string_view text, size_t at) const;
+
     std::vector<std::string_view> prefixes_;
-    /** Where no prefix begins with a byte, no search is needed. */
+    /** Where no prefix begins with a byte, no search is needed; nor where none goes on so. */
     std::bitset<256> firstBytes_;
+    std::bitset<256> secondBytes_;
 };
 
 }  // namespace FileHandle

@@ -57,9 +57,9 @@ std::uint64_t Biggest(const std::vector<Count>& counts) {
 }
 
 /** So what differs in a list is counted apart. */
-CountQuestion::Cell CellsOf(int schema) {
-    return [schema](OpenedFile& file, Column column, const Known& known) {
-        return CellText(file, column, known, schema);
+CountQuestion::Fill CellsOf(int schema) {
+    return [schema](std::string& cell, const FileRecord& file, Column column) {
+        FillCell(cell, file, column, schema);
     };
 }
 
@@ -90,8 +90,8 @@ std::string Bar(std::uint64_t part, std::uint64_t biggest, size_t width, bool ut
     return bar;
 }
 
-void WriteCounts(Snapshot& snapshot, const Question& question, const Presentation& presentation,
-                 const Terminal& terminal, Output& output) {
+void WriteCounts(const Snapshot& snapshot, const Question& question,
+                 const Presentation& presentation, const Terminal& terminal, Output& output) {
     std::vector<Count> counts =
         CountBy(snapshot, {presentation.countBy, presentation.summed, CellsOf(presentation.schema)},
                 question.reverse);

@@ -15,8 +15,8 @@ namespace cli {
 std::string Bar(std::uint64_t part, std::uint64_t biggest, size_t width, bool utf8);
 
 /** Writes how many records there are of each kind, up to the limit. */
-void WriteCounts(Snapshot& snapshot, const Question& question, const Presentation& presentation,
-                 const Terminal& terminal, Output& output);
+void WriteCounts(const Snapshot& snapshot, const Question& question,
+                 const Presentation& presentation, const Terminal& terminal, Output& output);
 
 }  // namespace cli
 

@@ -20,13 +20,13 @@ public:
           schema_(presentation.schema),
           output_(output) {}
 
-    void Write(std::string_view event, Remembered& what, bool initial) {
+    void Write(std::string_view event, const FileRecord& file, bool initial) {
         std::string& text = output_.Text();
         text += fmt::format(
             "{{\"event\":\"{}\",\"at\":\"{}\","
             "\"initial\":{},\"file\":",
             event, UtcTime(std::time(nullptr)), initial);
-        FillRow(row_, what.file, columns_, what.About(), schema_);
+        FillRow(row_, file, columns_, schema_);
         AppendJsonObject(text, headings_, row_);
         text += "}\n";
         output_.EndRecord();
@@ -44,13 +44,14 @@ private:
 
 }  // namespace
 
-void WriteEvents(Changes changes, const Presentation& presentation, bool withTime, Output& output) {
+void WriteEvents(const Changes& changes, const Presentation& presentation, bool withTime,
+                 Output& output) {
     EventLog log(presentation, withTime, output);
-    for (Remembered& closed : changes.closed) {
-        log.Write("closed", closed, false);
+    for (const FileRecord* closed : changes.closed) {
+        log.Write("closed", *closed, false);
     }
-    for (Remembered& opened : changes.opened) {
-        log.Write("opened", opened, changes.first);
+    for (const FileRecord* opened : changes.opened) {
+        log.Write("opened", *opened, changes.first);
     }
     log.End();
 }

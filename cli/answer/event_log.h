@@ -13,7 +13,8 @@ namespace cli {
  * a line an event, in few writes: who reads a hundred thousand needn't be woken for each. All are
  * written when it returns. "initial" is what was open at the first look.
  */
-void WriteEvents(Changes changes, const Presentation& presentation, bool withTime, Output& output);
+void WriteEvents(const Changes& changes, const Presentation& presentation, bool withTime,
+                 Output& output);
 
 }  // namespace cli
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string>
 
 #include "cli/answer/typed_values.h"
@@ -100,25 +101,27 @@ std::vector<Heading> HeadingsOf(const std::vector<Column>& columns, int schema) 
     return headings;
 }
 
-std::string CellText(OpenedFile& file, Column column, const Known& known, int schema) {
-    return schema > 1 && TypedKind(column) == Kind::kJson ? TypedValue(file, column, known)
-                                                          : ColumnText(file, column, known);
+void FillCell(std::string& cell, const FileRecord& file, Column column, int schema) {
+    if (schema > 1 && TypedKind(column) == Kind::kJson) {
+        cell = TypedValue(file, column);
+    } else {
+        AssignColumnText(cell, file, column);
+    }
 }
 
-void FillRow(Row& row, OpenedFile& file, const std::vector<Column>& columns, const Known& known,
-             int schema) {
+void FillRow(Row& row, const FileRecord& file, const std::vector<Column>& columns, int schema) {
     row.cells.resize(columns.size());
     for (size_t i = 0; i < columns.size(); ++i) {
-        row.cells[i] = CellText(file, columns[i], known, schema);
+        FillCell(row.cells[i], file, columns[i], schema);
     }
-    row.style = known.deleted || file.isHidden() ? Style::kFaint : Style::kPlain;
+    row.style = file.deleted || file.hidden ? Style::kFaint : Style::kPlain;
 }
 
-bool Sections::Enter(OpenedFile& file, const Known& known) {
+bool Sections::Enter(const FileRecord& file) {
     if (!group_) {
         return false;
     }
-    std::string text = ColumnText(file, *group_, known);
+    std::string text = ColumnText(file, *group_);
     if (text == text_) {
         return false;
     }
@@ -129,24 +132,22 @@ bool Sections::Enter(OpenedFile& file, const Known& known) {
 
 namespace {
 
-using Place = Files::iterator;
+using Shown = Files::const_iterator;
 
 /** Some records that follow each other, written on one thread. */
 struct Slice {
-    Place begin;
-    Place end;
+    Shown begin;
+    Shown end;
     std::string text;
 };
 
 /** The next slices, from a place up to an end; the place goes on. */
-std::vector<Slice> TakeSlices(Place& place, size_t& left, size_t count) {
-    constexpr size_t kRecords = 2000;
+std::vector<Slice> TakeSlices(Shown& place, Shown end, size_t count) {
+    constexpr std::ptrdiff_t kRecords = 2000;
     std::vector<Slice> slices;
-    while (slices.size() < count && left > 0) {
-        const Place begin = place;
-        const size_t taken = std::min(left, kRecords);
-        std::advance(place, taken);
-        left -= taken;
+    while (slices.size() < count && place != end) {
+        const Shown begin = place;
+        place += std::min(end - place, kRecords);
         slices.push_back({begin, place, ""});
     }
     return slices;
@@ -155,41 +156,36 @@ std::vector<Slice> TakeSlices(Place& place, size_t& left, size_t count) {
 /** Writes records one after the other, or slices of them side by side where that can be had. */
 class FilesOnTheirWay {
 public:
-    FilesOnTheirWay(Snapshot& snapshot, const std::vector<Column>& columns, int schema,
+    FilesOnTheirWay(size_t jobs, const std::vector<Column>& columns, int schema,
                     RecordWriter& writer, Output& output)
-        : snapshot_(snapshot),
-          columns_(columns),
-          schema_(schema),
-          writer_(writer),
-          output_(output) {}
+        : jobs_(jobs), columns_(columns), schema_(schema), writer_(writer), output_(output) {}
 
-    void Write(Place place, size_t left) {
+    void Write(Shown begin, Shown end) const {
         // The first differs from the others in some formats.
-        const Place second = left > 0 ? std::next(place) : place;
-        WriteRange(writer_, place, second);
-        left -= left > 0 ? 1 : 0;
+        const Shown second = begin == end ? end : std::next(begin);
+        WriteRange(writer_, begin, second);
         Output nowhere(Output::kNowhere);
-        if (snapshot_.jobs == 1 || writer_.Part(nowhere) == nullptr) {
-            WriteRange(writer_, second, std::next(second, static_cast<long>(left)));
+        if (jobs_ == 1 || writer_.Part(nowhere) == nullptr) {
+            WriteRange(writer_, second, end);
         } else {
-            WriteSlices(second, left);
+            WriteSlices(second, end);
         }
     }
 
 private:
-    void WriteRange(RecordWriter& writer, Place begin, Place end) const {
+    void WriteRange(RecordWriter& writer, Shown begin, Shown end) const {
         Row row;
         for (; begin != end; ++begin) {
-            FillRow(row, *begin, columns_, snapshot_.About(*begin), schema_);
+            FillRow(row, *begin, columns_, schema_);
             writer.Record(row);
         }
     }
 
     /** No more at a time than is soon written: the whole answer may be larger than the records. */
-    void WriteSlices(Place place, size_t left) const {
-        const Workers workers(snapshot_.jobs);
-        while (left > 0 && !output_.IsClosed()) {
-            std::vector<Slice> slices = TakeSlices(place, left, 8 * snapshot_.jobs);
+    void WriteSlices(Shown place, Shown end) const {
+        const Workers workers(jobs_);
+        while (place != end && !output_.IsClosed()) {
+            std::vector<Slice> slices = TakeSlices(place, end, 8 * jobs_);
             workers.ForEach(slices.size(), [&](size_t i) {
                 Output text(Output::kNowhere);
                 WriteRange(*writer_.Part(text), slices[i].begin, slices[i].end);
@@ -202,39 +198,40 @@ private:
         }
     }
 
-    Snapshot& snapshot_;
+    size_t jobs_;
     const std::vector<Column>& columns_;
     int schema_;
     RecordWriter& writer_;
     Output& output_;
 };
 
-void WriteSections(Snapshot& snapshot, const std::vector<Column>& columns, Column group,
-                   size_t shown, RecordWriter& writer) {
+void WriteSections(Shown begin, Shown end, const std::vector<Column>& columns, Column group,
+                   RecordWriter& writer) {
     Sections sections(group, writer);
-    ForEachShown(snapshot, shown, [&](OpenedFile& file, const Known& known) {
-        sections.Enter(file, known);
-        Row row;
-        FillRow(row, file, columns, known);
+    Row row;
+    for (; begin != end; ++begin) {
+        sections.Enter(*begin);
+        FillRow(row, *begin, columns);
         writer.Record(row);
-    });
+    }
 }
 
 }  // namespace
 
-void WriteFiles(Snapshot& snapshot, const Question& question, const Presentation& presentation,
-                const Terminal& terminal, Output& output) {
+void WriteFiles(const Snapshot& snapshot, const Question& question,
+                const Presentation& presentation, const Terminal& terminal, Output& output) {
     const Document document = {ByName(snapshot.by), snapshot.incompleteReason, "files"};
     const auto writer = MakeWriter(presentation, document, terminal, output);
     const std::vector<Column> columns = ShownColumns(presentation, question.time);
     writer->Begin(HeadingsOf(columns, presentation.schema));
-    const size_t shown =
-        std::min(snapshot.files.size(), presentation.limit.value_or(snapshot.files.size()));
+    const Shown begin = snapshot.files.begin();
+    const size_t shown = presentation.limit.value_or(snapshot.files.size());
+    const Shown end = begin + static_cast<std::ptrdiff_t>(std::min(shown, snapshot.files.size()));
     if (presentation.group) {
-        WriteSections(snapshot, columns, *presentation.group, shown, *writer);
+        WriteSections(begin, end, columns, *presentation.group, *writer);
     } else {
-        FilesOnTheirWay(snapshot, columns, presentation.schema, *writer, output)
-            .Write(snapshot.files.begin(), shown);
+        FilesOnTheirWay(snapshot.jobs, columns, presentation.schema, *writer, output)
+            .Write(begin, end);
     }
     writer->End();
 }

@@ -29,12 +29,11 @@ std::vector<Column> ShownColumns(const Presentation& presentation, bool withTime
 /** @param schema  of JSON, which has its types; other formats have the texts of schema 1 */
 std::vector<Heading> HeadingsOf(const std::vector<Column>& columns, int schema = 1);
 
-/** A record's cell in a column, as HeadingsOf says what it is. */
-std::string CellText(OpenedFile& file, Column column, const Known& known, int schema);
+/** Puts a record's text in a column, as HeadingsOf says what it is, in place of a cell's. */
+void FillCell(std::string& cell, const FileRecord& file, Column column, int schema);
 
 /** Fills a row, which may be a used one. */
-void FillRow(Row& row, OpenedFile& file, const std::vector<Column>& columns, const Known& known,
-             int schema = 1);
+void FillRow(Row& row, const FileRecord& file, const std::vector<Column>& columns, int schema = 1);
 
 /** The lines above records of a table that have a column's text in common. */
 class Sections {
@@ -42,7 +41,7 @@ public:
     Sections(std::optional<Column> group, RecordWriter& writer) : group_(group), writer_(writer) {}
 
     /** To be called before each record. @return whether a section has begun */
-    bool Enter(OpenedFile& file, const Known& known);
+    bool Enter(const FileRecord& file);
 
 private:
     const std::optional<Column> group_;
@@ -50,19 +49,9 @@ private:
     std::optional<std::string> text_;
 };
 
-/** Calls visit(file, known) for each record up to a limit. */
-template <typename Visit>
-void ForEachShown(Snapshot& snapshot, std::optional<size_t> limit, const Visit& visit) {
-    size_t left = limit.value_or(snapshot.files.size());
-    for (auto file = snapshot.files.begin(); file != snapshot.files.end() && left > 0; ++file) {
-        visit(*file, snapshot.About(*file));
-        --left;
-    }
-}
-
 /** Writes the records up to the limit. */
-void WriteFiles(Snapshot& snapshot, const Question& question, const Presentation& presentation,
-                const Terminal& terminal, Output& output);
+void WriteFiles(const Snapshot& snapshot, const Question& question,
+                const Presentation& presentation, const Terminal& terminal, Output& output);
 
 }  // namespace cli
 

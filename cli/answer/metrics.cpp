@@ -61,17 +61,16 @@ void AppendGauge(std::string& out, std::string_view name, std::string_view help)
     out += fmt::format("# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
 }
 
-std::vector<Series> SeriesOf(Snapshot& snapshot) {
+std::vector<Series> SeriesOf(const Snapshot& snapshot) {
     std::map<Labels, Tally> tallies;
-    for (OpenedFile& file : snapshot.files) {
-        const Known known = snapshot.About(file);
-        Tally& tally = tallies[{LabelValue(PlaceOf(file)), LabelValue(file.getService()),
-                                LabelValue(file.getUser())}];
+    for (const FileRecord& file : snapshot.files) {
+        Tally& tally = tallies[{LabelValue(PlaceOf(file)), LabelValue(file.process->service),
+                                LabelValue(file.process->user)}];
         ++tally.files;
-        if (known.facts != nullptr) {
-            tally.sizes.Add(*known.facts);
-            if (known.deleted) {
-                tally.deleted.Add(*known.facts);
+        if (file.facts != nullptr) {
+            tally.sizes.Add(*file.facts);
+            if (file.deleted) {
+                tally.deleted.Add(*file.facts);
             }
         }
     }
@@ -97,7 +96,7 @@ void AppendSizes(std::string& out, const std::vector<Series>& series, const Ques
     }
 }
 
-void AppendFiles(std::string& out, Snapshot& snapshot, const Question& question,
+void AppendFiles(std::string& out, const Snapshot& snapshot, const Question& question,
                  const std::vector<Column>& summed) {
     const std::vector<Series> series = SeriesOf(snapshot);
     AppendGauge(out, "vorn_openfiles_files", "Files that processes hold open on the volumes.");
@@ -134,13 +133,15 @@ void AppendLabelValue(std::string& out, std::string_view text) {
     }
 }
 
-std::string MetricsText(Snapshot& snapshot, const Question& question,
+std::string MetricsText(const Snapshot& snapshot, const Question& question,
                         const std::vector<Column>& summed, double seconds) {
     std::string out;
     AppendFiles(out, snapshot, question, summed);
     AppendGauge(out, "vorn_openfiles_deleted_files",
                 "Files that have been deleted and still take their space, as they are open.");
-    out += fmt::format("vorn_openfiles_deleted_files {}\n", snapshot.deleted.size());
+    out += fmt::format("vorn_openfiles_deleted_files {}\n",
+                       std::count_if(snapshot.files.begin(), snapshot.files.end(),
+                                     [](const FileRecord& file) { return file.deleted; }));
     AppendGauge(out, "vorn_openfiles_complete", "Whether nothing is missing from the files.");
     out += fmt::format("vorn_openfiles_complete {}\n", snapshot.incompleteReason.empty() ? 1 : 0);
     AppendGauge(out, "vorn_openfiles_enumeration_seconds", "How long finding the files took.");

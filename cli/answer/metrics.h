@@ -25,7 +25,7 @@ void AppendLabelValue(std::string& out, std::string_view text);
  * @param summed   sizes that are told of all files, and not only of deleted ones
  * @param seconds  how long the enumeration took
  */
-std::string MetricsText(Snapshot& snapshot, const Question& question,
+std::string MetricsText(const Snapshot& snapshot, const Question& question,
                         const std::vector<Column>& summed, double seconds);
 
 }  // namespace cli

@@ -42,7 +42,7 @@ Room RoomFor(size_t records, const Presentation& presentation, size_t height) {
 std::string StatusLine(const Snapshot& snapshot, const Changes& changes, double seconds) {
     return fmt::format("{:%H:%M:%S}  {} open, {} new, {} closed  (every {} s){}{}{}",
                        fmt::localtime(std::time(nullptr)), snapshot.files.size(),
-                       changes.first ? 0 : changes.fresh.size(), changes.closed.size(), seconds,
+                       changes.first ? 0 : changes.opened.size(), changes.closed.size(), seconds,
                        snapshot.incompleteReason.empty() ? "" : "  incomplete",
                        snapshot.notice.empty() ? "" : "  ", snapshot.notice);
 }
@@ -56,7 +56,7 @@ std::vector<std::string> LinesOf(std::string_view text) {
 }
 
 /** The records as lines, with a first column for the mark of new ones. */
-Block BlockOf(Snapshot& snapshot, const Changes& changes, const Question& question,
+Block BlockOf(const Snapshot& snapshot, const Changes& changes, const Question& question,
               const Presentation& presentation, size_t shown, const Terminal& terminal) {
     const std::vector<Column> columns = ShownColumns(presentation, question.time);
     std::vector<Heading> headings = HeadingsOf(columns);
@@ -66,16 +66,16 @@ Block BlockOf(Snapshot& snapshot, const Changes& changes, const Question& questi
     TableWriter writer(presentation.header, ForTable(terminal, presentation), lines);
     Sections sections(presentation.group, writer);
     writer.Begin(std::move(headings));
-    ForEachShown(snapshot, shown, [&](OpenedFile& file, const Known& known) {
+    std::for_each_n(snapshot.files.begin(), shown, [&](const FileRecord& file) {
         if (block.isRecord.empty() && presentation.header) {
             block.isRecord.push_back(false);
         }
-        if (sections.Enter(file, known)) {
+        if (sections.Enter(file)) {
             block.isRecord.push_back(false);
         }
         block.isRecord.push_back(true);
         Row row;
-        FillRow(row, file, columns, known);
+        FillRow(row, file, columns);
         const bool isNew = changes.IsNew(file);
         row.cells.insert(row.cells.begin(), isNew ? "+" : "");
         row.style = isNew ? Style::kNew : row.style;
@@ -153,7 +153,7 @@ void Frame::Draw(const std::string& lines, Output& output) {
     drawn_ = lines;
 }
 
-void DrawLook(Snapshot& snapshot, const Changes& changes, const Question& question,
+void DrawLook(const Snapshot& snapshot, const Changes& changes, const Question& question,
               const Presentation& presentation, double seconds, const Terminal& terminal,
               Frame& frame, Output& output) {
     if (!terminal.addressable && !changes.first && !changes.Any()) {

@@ -33,7 +33,7 @@ private:
  *
  * @param seconds  between two looks
  */
-void DrawLook(Snapshot& snapshot, const Changes& changes, const Question& question,
+void DrawLook(const Snapshot& snapshot, const Changes& changes, const Question& question,
               const Presentation& presentation, double seconds, const Terminal& terminal,
               Frame& frame, Output& output);
 

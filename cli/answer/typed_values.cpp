@@ -13,8 +13,8 @@ namespace {
 
 constexpr const char* kNull = "null";
 
-std::string Moment(OpenedFile& file, Column column, const Known& known) {
-    const auto moments = ColumnNumbers(file, column, known);
+std::string Moment(const FileRecord& file, Column column) {
+    const auto moments = ColumnNumbers(file, column);
     return moments.empty() ? kNull : fmt::format("\"{}\"", UtcTime(moments.front()));
 }
 
@@ -93,9 +93,8 @@ Kind TypedKind(Column column) {
     }
 }
 
-std::string TypedValue(OpenedFile& file, Column column, const Known& known) {
-    return MeasureOf(column) == Measure::kTime ? Moment(file, column, known)
-                                               : List(known.facts, column);
+std::string TypedValue(const FileRecord& file, Column column) {
+    return MeasureOf(column) == Measure::kTime ? Moment(file, column) : List(file.facts, column);
 }
 
 }  // namespace cli

@@ -13,7 +13,7 @@ namespace cli {
 Kind TypedKind(Column column);
 
 /** A record's value in a column of Kind::kJson. */
-std::string TypedValue(OpenedFile& file, Column column, const Known& known);
+std::string TypedValue(const FileRecord& file, Column column);
 
 }  // namespace cli
 

@@ -20,10 +20,12 @@ void NameServicesInEnglish(Snapshot& snapshot) {
     if (names.empty()) {
         return;
     }
-    for (OpenedFile& file : snapshot.files) {
-        const auto name = names.find(file.getService());
-        if (name != names.end()) {
-            file.setServiceName(name->second);
+    for (RecordTexts& texts : snapshot.texts) {
+        for (ProcessTexts& process : texts.Processes()) {
+            const auto name = names.find(process.service);
+            if (name != names.end()) {
+                process.service = name->second;
+            }
         }
     }
 }

@@ -82,7 +82,11 @@ private:
     void Look() {
         next_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                    std::chrono::duration<double>(*options_.watchSeconds));
+        if (looked_) {
+            last_ = std::move(snapshot_);
+        }
         snapshot_ = TakeSnapshot(options_.question, gate_);
+        looked_ = true;
         if (!snapshot_.files.empty()) {
             everFound_ = true;
             gate_.TellFound();
@@ -94,7 +98,7 @@ private:
 
     /** Shows the look, on a screen anew whenever its size changes. */
     Wake ShowUntilNext() {
-        const Changes changes = last_.Compare(snapshot_);
+        const Changes changes = Compare(last_ ? &*last_ : nullptr, snapshot_);
         if (!onScreen_) {
             WriteEvents(changes, options_.presentation, options_.question.time, output_);
             TellNews();
@@ -135,8 +139,9 @@ private:
     const Signals signals_{SIGTERM, SIGWINCH, SIGINT, SIGHUP, SIGTSTP};
     Output output_{STDOUT_FILENO};
     Frame frame_;
-    LastLook last_;
+    std::optional<Snapshot> last_;
     Snapshot snapshot_;
+    bool looked_ = false;
     Clock::time_point next_;
     std::string said_;
     bool lacked_ = false;

@@ -27,10 +27,11 @@ std::string_view WithoutDeletedMark(std::string_view path) {
     return path;
 }
 
-bool DeletedFiles::Contains(const std::string& fullPath, const std::string& pid) {
-    if (!IsMarked(fullPath)) {
+bool DeletedFiles::Contains(std::string_view path, const std::string& pid) {
+    if (!IsMarked(path)) {
         return false;
     }
+    const std::string fullPath(path);
     struct stat named {};
     if (lstat(fullPath.c_str(), &named) != 0) {
         return true;

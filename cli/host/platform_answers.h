@@ -47,6 +47,9 @@ public:
     void NoteVolumes(const VORN_MOUNT_VOL_INFO* chain);
     void NoteHidden(const KLIBC_SZLIST* list);
 
+    /** How many there are. */
+    size_t Shares() const { return shareNames_.size(); }
+
     int GiveShares(KLIBC_SZLIST** names) const;
     int GiveShare(const char* name, VORN_SHARE** share) const;
     VORN_MOUNT_VOL_INFO* GiveVolumes() const;

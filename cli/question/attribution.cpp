@@ -13,21 +13,19 @@ namespace {
 
 namespace fh = VORN::FileHandle;
 
-/** Neighbours of one process in a list. */
+/** Neighbours of one process in the order of the records. */
 struct Run {
-    std::string pid;
+    ProcessTexts* texts;
+    FilePlace first;
     size_t records;
-    size_t process; /**< index in the order of ids */
-    bool begins;    /**< with the process's first record */
 };
 using Runs = std::vector<Run>;
 
 Runs FindRuns(Files& files) {
     Runs runs;
-    for (OpenedFile& file : files) {
-        std::string pid = file.getPidStr();
-        if (runs.empty() || runs.back().pid != pid) {
-            runs.push_back({std::move(pid), 0, 0, true});
+    for (auto file = files.begin(); file != files.end(); ++file) {
+        if (runs.empty() || runs.back().texts != file->process) {
+            runs.push_back({file->process, file, 0});
         }
         ++runs.back().records;
     }
@@ -36,31 +34,27 @@ Runs FindRuns(Files& files) {
 
 /** A process by one record, and by another where it has more. */
 struct Process {
-    const Run* run;
+    std::vector<Run> runs;
     size_t records;
     OpenedFile first;
     OpenedFile second;
 };
 
-/** In the order of /proc, which is that of the ids; tells the runs which is theirs. */
-std::vector<Process> FindProcesses(std::vector<Runs>& lists) {
-    std::vector<std::pair<int, Run*>> ordered;
-    for (Runs& runs : lists) {
-        for (Run& run : runs) {
-            ordered.emplace_back(support::ParseNumber<int>(run.pid).value_or(0), &run);
-        }
+/** In the order of /proc, which is that of the ids. */
+std::vector<Process> FindProcesses(Files& files) {
+    std::vector<std::pair<int, Run>> ordered;
+    for (const Run& run : FindRuns(files)) {
+        ordered.emplace_back(support::ParseNumber<int>(run.texts->pid).value_or(0), run);
     }
     std::stable_sort(ordered.begin(), ordered.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<Process> processes;
-    for (const auto& each : ordered) {
-        Run* const run = each.second;
-        run->begins = processes.empty() || processes.back().run->pid != run->pid;
-        if (run->begins) {
-            processes.push_back({run, 0, {}, {}});
+    for (const auto& [pid, run] : ordered) {
+        if (processes.empty() || processes.back().runs.front().texts->pid != run.texts->pid) {
+            processes.push_back({{}, 0, {}, {}});
         }
-        run->process = processes.size() - 1;
-        processes.back().records += run->records;
+        processes.back().runs.push_back(run);
+        processes.back().records += run.records;
     }
     return processes;
 }
@@ -72,9 +66,10 @@ void SetServices(std::vector<Process>& processes, const Workers& workers) {
         const auto at = [&](size_t index) { return processes.begin() + static_cast<long>(index); };
         const auto begin = at(processes.size() * part / parts);
         const auto end = at(processes.size() * (part + 1) / parts);
-        Files files;
-        std::for_each(begin, end,
-                      [&](Process& process) { files.emplace_back().setPid(process.run->pid); });
+        LibraryFiles files;
+        std::for_each(begin, end, [&](Process& process) {
+            files.emplace_back().setPid(process.runs.front().texts->pid);
+        });
         MustSucceed(NameServices(files), "get service name", 34);
         std::transform(files.begin(), files.end(), begin, begin,
                        [](const OpenedFile& file, Process& process) {
@@ -92,7 +87,7 @@ void SetServices(std::vector<Process>& processes, const Workers& workers) {
  * a second record may find what the first did not. All others find what the second does.
  */
 void SetConnections(std::vector<Process>& processes) {
-    Files files;
+    LibraryFiles files;
     for (const Process& process : processes) {
         files.push_back(process.first);
         if (process.records > 1) {
@@ -107,53 +102,41 @@ void SetConnections(std::vector<Process>& processes) {
     }
 }
 
-/** What a record tells of its process, to be given to others. */
-class Told {
-public:
-    explicit Told(OpenedFile& file)
-        : service_(file.getService()), host_(file.getHost()), user_(file.getUser()) {}
+/** What a record tells of its process. */
+ProcessTexts Told(OpenedFile& file, const Asked& asked) {
+    return {file.getPidStr(), file.getService(), asked.connection ? file.getHost() : "",
+            asked.connection ? file.getUser() : ""};
+}
 
-    void GiveTo(OpenedFile& file, const Asked& asked) const {
-        file.setServiceName(service_);
-        if (asked.connection) {
-            file.setHost(host_);
-            file.setUser(user_);
-        }
+bool IsSame(const ProcessTexts& a, const ProcessTexts& b) {
+    return a.service == b.service && a.host == b.host && a.user == b.user;
+}
+
+void GiveToRecords(Process& process, const Asked& asked, RecordTexts& texts) {
+    const ProcessTexts others = Told(process.second, asked);
+    for (const Run& run : process.runs) {
+        *run.texts = others;
     }
-
-private:
-    std::string service_;
-    std::string host_;
-    std::string user_;
-};
-
-void CopyToRecords(std::vector<Process>& processes, const Runs& runs, Files& files,
-                   const Asked& asked) {
-    auto file = files.begin();
-    for (const Run& run : runs) {
-        const Told first(processes[run.process].first);
-        const Told others(processes[run.process].second);
-        for (size_t i = 0; i < run.records; ++i) {
-            (run.begins && i == 0 ? first : others).GiveTo(*file++, asked);
-        }
+    const ProcessTexts first = Told(process.first, asked);
+    if (!IsSame(first, others)) {
+        process.runs.front().first->process = &texts.AddProcess(first);
     }
 }
 
 }  // namespace
 
-void Attribute(std::vector<Files>& lists, const Asked& asked, const Workers& workers) {
+void Attribute(Files& files, const Asked& asked, RecordTexts& texts, const Workers& workers) {
     if (!asked.service && !asked.connection) {
         return;
     }
-    std::vector<Runs> runs(lists.size());
-    workers.ForEach(lists.size(), [&](size_t list) { runs[list] = FindRuns(lists[list]); });
-    std::vector<Process> processes = FindProcesses(runs);
+    std::vector<Process> processes = FindProcesses(files);
     SetServices(processes, workers);
     if (asked.connection) {
         SetConnections(processes);
     }
-    workers.ForEach(lists.size(),
-                    [&](size_t list) { CopyToRecords(processes, runs[list], lists[list], asked); });
+    for (Process& process : processes) {
+        GiveToRecords(process, asked, texts);
+    }
 }
 
 }  // namespace cli

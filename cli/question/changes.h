@@ -7,47 +7,32 @@
  * What has changed since the last look.
  */
 
-#include <map>
-#include <string>
-#include <unordered_set>
-#include <utility>
+#include <algorithm>
 #include <vector>
 
 #include "cli/question/snapshot.h"
 
 namespace cli {
 
-/** A record that outlives its snapshot. */
-struct Remembered {
-    OpenedFile file;
-    bool deleted;
-    Facts facts;
-
-    Known About() const { return {deleted, &facts}; }
-};
-
+/** Records of two looks, which outlive it. */
 struct Changes {
-    std::vector<Remembered> opened;
-    std::vector<Remembered> closed;
-    std::unordered_set<const OpenedFile*> fresh; /**< nodes of the snapshot that are opened */
-    bool first = false;                          /**< nothing to compare with: all are opened */
+    std::vector<const FileRecord*> opened; /**< of the new look, in its order */
+    std::vector<const FileRecord*> closed; /**< of the last look, by full path and pid */
+    bool first = false;                    /**< nothing to compare with: all are opened */
 
     /** Opened since the last look; nothing is at the first. */
-    bool IsNew(const OpenedFile& file) const { return !first && fresh.count(&file) != 0; }
+    bool IsNew(const FileRecord& file) const {
+        return !first && std::binary_search(opened.begin(), opened.end(), &file);
+    }
     bool Any() const { return !opened.empty() || !closed.empty(); }
 };
 
-/** Remembers a look until the next. A record is known by its pid and its full path. */
-class LastLook {
-public:
-    Changes Compare(Snapshot& snapshot);
-
-private:
-    using Key = std::pair<std::string, std::string>;
-
-    std::map<Key, Remembered> known_;
-    bool first_ = true;
-};
+/**
+ * A record is known by its pid and its full path.
+ *
+ * @param last  null at the first look
+ */
+Changes Compare(const Snapshot* last, const Snapshot& now);
 
 }  // namespace cli
 

@@ -3,8 +3,46 @@
 
 #include "cli/question/facts_text.h"
 #include "support/numbers.h"
+#include "support/text.h"
 
 namespace cli {
+namespace {
+
+std::string_view FlagText(bool flag) {
+    return flag ? "yes" : "no";
+}
+
+/** In a column that is no fact. */
+std::string_view OwnText(const FileRecord& file, Column column) {
+    switch (column) {
+        case Column::kService:
+            return file.process->service;
+        case Column::kPid:
+            return file.process->pid;
+        case Column::kUser:
+            return file.process->user;
+        case Column::kHost:
+            return file.process->host;
+        case Column::kPath:
+            return file.path;
+        case Column::kFilename:
+            return file.filename;
+        case Column::kTime:
+            return file.time;
+        case Column::kFullPath:
+            return file.fullPath;
+        case Column::kHidden:
+            return FlagText(file.hidden);
+        case Column::kFolder:
+            return FlagText(file.folder);
+        case Column::kDeleted:
+            return FlagText(file.deleted);
+        default:
+            return PlaceOf(file);
+    }
+}
+
+}  // namespace
 
 const std::vector<std::string>& ColumnNames() {
     static const std::vector<std::string> kNames = {
@@ -45,59 +83,38 @@ bool IsFact(Column column) {
     return column >= Column::kCommand;
 }
 
-std::string ColumnText(OpenedFile& file, Column column, const Known& known) {
-    const auto flag = [](bool value) { return std::string(value ? "yes" : "no"); };
-    switch (column) {
-        case Column::kService:
-            return file.getService();
-        case Column::kPid:
-            return file.getPidStr();
-        case Column::kUser:
-            return file.getUser();
-        case Column::kHost:
-            return file.getHost();
-        case Column::kPath:
-            return file.getPath();
-        case Column::kFilename:
-            return file.getFilename();
-        case Column::kTime:
-            return file.getTime();
-        case Column::kFullPath:
-            return file.getFullPath();
-        case Column::kHidden:
-            return flag(file.isHidden());
-        case Column::kFolder:
-            return flag(file.isFolder());
-        case Column::kDeleted:
-            return flag(known.deleted);
-        case Column::kShare:
-            return PlaceOf(file);
-        default:
-            return FactText(known.facts, column);
+void AssignColumnText(std::string& text, const FileRecord& file, Column column) {
+    if (IsFact(column)) {
+        text = FactText(file.facts, column);
+    } else {
+        text = OwnText(file, column);
     }
 }
 
-std::vector<std::int64_t> ColumnNumbers(OpenedFile& file, Column column, const Known& known) {
+std::string ColumnText(const FileRecord& file, Column column) {
+    std::string text;
+    AssignColumnText(text, file, column);
+    return text;
+}
+
+std::vector<std::int64_t> ColumnNumbers(const FileRecord& file, Column column) {
     std::optional<std::int64_t> number;
     switch (column) {
         case Column::kPid:
-            number = support::ParseNumber<std::int64_t>(file.getPidStr());
+            number = support::ParseNumber<std::int64_t>(file.process->pid);
             break;
         case Column::kTime:
-            number = ParseLocalTime(file.getTime());
+            number = ParseLocalTime(std::string(file.time));
             break;
         default:
-            return FactNumbers(known.facts, column);
+            return FactNumbers(file.facts, column);
     }
     return number ? std::vector{*number} : std::vector<std::int64_t>();
 }
 
-std::string PlaceOf(OpenedFile& file) {
-    std::string path = file.getPath();
+std::string_view PlaceOf(const FileRecord& file) {
     // "photo/2024/a.jpg" by share, "/volume1/photo/2024/a.jpg" by volume.
-    const size_t end = path.find('/', path.rfind('/', 0) == 0 ? 1 : 0);
-    path.resize(end == std::string::npos ? path.size() : end);
-    return path;
+    return file.path.substr(0, file.path.find('/', support::StartsWith(file.path, "/") ? 1 : 0));
 }
 
 }  // namespace cli

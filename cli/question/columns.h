@@ -13,12 +13,9 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/question/facts.h"
-#include "vorn/filehandle.h"
+#include "cli/question/record.h"
 
 namespace cli {
-
-using VORN::FileHandle::OpenedFile;
 
 /** The library's columns come first, with the values of MEMBER; those of Facts last. */
 enum class Column {
@@ -70,13 +67,15 @@ bool IsFact(Column column);
  * A record's text in a column: bytes as the kernel gives them, "yes" or "no" for flags, "-" for
  * what isn't known.
  */
-std::string ColumnText(OpenedFile& file, Column column, const Known& known);
+std::string ColumnText(const FileRecord& file, Column column);
+/** The same in place of another text, whose memory it takes. */
+void AssignColumnText(std::string& text, const FileRecord& file, Column column);
 
 /** A record's numbers in a column that measures: bytes, seconds since 1970; none if unknown. */
-std::vector<std::int64_t> ColumnNumbers(OpenedFile& file, Column column, const Known& known);
+std::vector<std::int64_t> ColumnNumbers(const FileRecord& file, Column column);
 
 /** The share that a record is shown under, or its volume. */
-std::string PlaceOf(OpenedFile& file);
+std::string_view PlaceOf(const FileRecord& file);
 
 }  // namespace cli
 

@@ -27,17 +27,17 @@ std::uint64_t SizeSum::Of(Column sizeOrSpace) const {
     return sum;
 }
 
-std::vector<Count> CountBy(Snapshot& snapshot, const CountQuestion& question, bool reversed) {
+std::vector<Count> CountBy(const Snapshot& snapshot, const CountQuestion& question, bool reversed) {
     std::map<std::vector<std::string>, Group> groups;
     std::vector<std::string> values(question.columns.size());
-    for (OpenedFile& file : snapshot.files) {
-        const Known known = snapshot.About(file);
-        std::transform(question.columns.begin(), question.columns.end(), values.begin(),
-                       [&](Column column) { return question.cell(file, column, known); });
+    for (const FileRecord& file : snapshot.files) {
+        for (size_t i = 0; i < values.size(); ++i) {
+            question.fill(values[i], file, question.columns[i]);
+        }
         Group& group = groups[values];
         ++group.files;
-        if (!question.summed.empty() && known.facts != nullptr) {
-            group.sizes.Add(*known.facts);
+        if (!question.summed.empty() && file.facts != nullptr) {
+            group.sizes.Add(*file.facts);
         }
     }
     std::vector<Count> ordered;

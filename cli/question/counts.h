@@ -44,18 +44,18 @@ struct Count {
 };
 
 struct CountQuestion {
-    using Cell = std::function<std::string(OpenedFile&, Column, const Known&)>;
+    using Fill = std::function<void(std::string&, const FileRecord&, Column)>;
 
     const std::vector<Column>& columns;
     const std::vector<Column>& summed;
-    Cell cell = ColumnText; /**< a record's value in a column */
+    Fill fill = AssignColumnText; /**< a value, with what a record has in a column */
 };
 
 /**
  * Biggest first (smallest with reversed), by the first sum where there is one and by the number of
  * records otherwise; then by their values, byte by byte.
  */
-std::vector<Count> CountBy(Snapshot& snapshot, const CountQuestion& question, bool reversed);
+std::vector<Count> CountBy(const Snapshot& snapshot, const CountQuestion& question, bool reversed);
 
 }  // namespace cli
 

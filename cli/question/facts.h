@@ -44,12 +44,6 @@ struct Facts {
     std::vector<FileFacts> files;
 };
 
-/** What a record doesn't hold itself. */
-struct Known {
-    bool deleted = false;
-    const Facts* facts = nullptr; /**< none where nobody asked */
-};
-
 }  // namespace cli
 
 #endif

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <unordered_map>
 
 #include "cli/host/facts/user_names.h"
 
@@ -137,13 +138,13 @@ private:
     std::shared_ptr<const HolderFacts> about_;
 };
 
-using OfOneProcess = std::vector<OpenedFile*>;
+using OfOneProcess = std::vector<FileRecord*>;
 
-std::vector<OfOneProcess> ByProcess(const std::vector<OpenedFile*>& files) {
-    std::unordered_map<std::string, size_t> known;
+std::vector<OfOneProcess> ByProcess(const std::vector<FileRecord*>& files) {
+    std::unordered_map<std::string_view, size_t> known;
     std::vector<OfOneProcess> processes;
-    for (OpenedFile* file : files) {
-        const auto [place, isNew] = known.try_emplace(file->getPidStr(), processes.size());
+    for (FileRecord* file : files) {
+        const auto [place, isNew] = known.try_emplace(file->process->pid, processes.size());
         if (isNew) {
             processes.emplace_back();
         }
@@ -154,26 +155,20 @@ std::vector<OfOneProcess> ByProcess(const std::vector<OpenedFile*>& files) {
 
 }  // namespace
 
-FactsOfFiles ReadFacts(const std::vector<OpenedFile*>& files, const ColumnSet& columns,
-                       BootTicks lookBegan, const Workers& workers) {
+FactsOfProcesses ReadFacts(const std::vector<FileRecord*>& files, const ColumnSet& columns,
+                           BootTicks lookBegan, const Workers& workers) {
     const Wanted wanted(columns);
     Shared shared(wanted.Has(Column::kLocks));
     const std::vector<OfOneProcess> processes = ByProcess(files);
-    std::vector<std::vector<Facts>> told(processes.size());
+    FactsOfProcesses facts(processes.size());
     // A process a task: each has one descriptor open while it is asked, and no more.
     workers.ForEach(processes.size(), [&](size_t i) {
-        AskedProcess process(processes[i].front()->getPidStr(), wanted, shared, lookBegan);
-        for (OpenedFile* file : processes[i]) {
-            told[i].push_back(process.Of(file->getFullPath()));
+        AskedProcess process(processes[i].front()->process->pid, wanted, shared, lookBegan);
+        facts[i].reserve(processes[i].size());
+        for (FileRecord* file : processes[i]) {
+            file->facts = &facts[i].emplace_back(process.Of(std::string(file->fullPath)));
         }
     });
-    FactsOfFiles facts;
-    facts.reserve(files.size());
-    for (size_t i = 0; i < processes.size(); ++i) {
-        for (size_t record = 0; record < processes[i].size(); ++record) {
-            facts.emplace(processes[i][record], std::move(told[i][record]));
-        }
-    }
     return facts;
 }
 

@@ -2,7 +2,6 @@
 #ifndef VORN_CLI_QUESTION_FACTS_READER_H
 #define VORN_CLI_QUESTION_FACTS_READER_H
 
-#include <unordered_map>
 #include <vector>
 
 #include "cli/process/workers.h"
@@ -10,16 +9,16 @@
 
 namespace cli {
 
-using FactsOfFiles = std::unordered_map<const OpenedFile*, Facts>;
+using FactsOfProcesses = std::vector<std::vector<Facts>>;
 
 /**
  * Asks the kernel what columns say of records: each process once, and nothing that isn't asked for.
- * May wait for a network volume.
+ * May wait for a network volume. The records point to what is returned.
  *
  * @param lookBegan  before the records were found: who has started since is not who was seen
  */
-FactsOfFiles ReadFacts(const std::vector<OpenedFile*>& files, const ColumnSet& columns,
-                       BootTicks lookBegan, const Workers& workers);
+FactsOfProcesses ReadFacts(const std::vector<FileRecord*>& files, const ColumnSet& columns,
+                           BootTicks lookBegan, const Workers& workers);
 
 }  // namespace cli
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include <algorithm>
+#include <cctype>
 #include <ctime>
 
 #include "cli/question/facts_text.h"
@@ -8,13 +9,11 @@
 namespace cli {
 namespace {
 
-char Upper(char letter) {
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
-bool Contains(const std::string& text, const std::string& part) {
+/** As the library matches: what toupper knows as letters. */
+bool Contains(std::string_view text, std::string_view part) {
+    const auto upper = [](char letter) { return static_cast<char>(std::toupper(letter)); };
     return std::search(text.begin(), text.end(), part.begin(), part.end(),
-                       [](char a, char b) { return Upper(a) == Upper(b); }) != text.end();
+                       [&](char a, char b) { return upper(a) == upper(b); }) != text.end();
 }
 
 bool IsWithin(const Bound& bound, std::int64_t number) {
@@ -36,29 +35,20 @@ bool IsWithin(const Bound& bound, std::int64_t number) {
     return number == bound.number;
 }
 
-bool MatchesMember(const Condition& condition, OpenedFile& file) {
-    const auto member = static_cast<VORN::FileHandle::MEMBER>(condition.column);
-    return condition.contains ? file.isMatchKeyword(condition.text, member)
-                              : file.isMatchSame(condition.text, member);
-}
-
 }  // namespace
 
-bool Matches(const Condition& condition, OpenedFile& file, const Known& known) {
+bool Matches(const Condition& condition, const FileRecord& file) {
     if (condition.bound) {
-        const auto numbers = ColumnNumbers(file, condition.column, known);
+        const auto numbers = ColumnNumbers(file, condition.column);
         return std::any_of(numbers.begin(), numbers.end(),
                            [&](std::int64_t number) { return IsWithin(*condition.bound, number); });
     }
-    if (IsMember(condition.column)) {
-        return MatchesMember(condition, file);
-    }
-    const std::string text = ColumnText(file, condition.column, known);
+    const std::string text = ColumnText(file, condition.column);
     if (condition.contains) {
         return Contains(text, condition.text);
     }
     return text == condition.text ||
-           (condition.column == Column::kMode && HasMode(known.facts, condition.text));
+           (condition.column == Column::kMode && HasMode(file.facts, condition.text));
 }
 
 }  // namespace cli

@@ -18,17 +18,17 @@ struct Key {
     }
 };
 
-Key KeyOf(OpenedFile& file, Column column, const Known& known) {
+Key KeyOf(const FileRecord& file, Column column) {
     if (MeasureOf(column) == Measure::kNone) {
-        return {0, ColumnText(file, column, known)};
+        return {0, ColumnText(file, column)};
     }
-    const auto numbers = ColumnNumbers(file, column, known);
+    const auto numbers = ColumnNumbers(file, column);
     return {numbers.empty() ? std::numeric_limits<std::int64_t>::min() : numbers.front(), ""};
 }
 
 struct Placed {
     std::vector<Key> keys;
-    Files::iterator file;
+    FileRecord file;
 
     bool operator<(const Placed& other) const {
         for (size_t i = 0; i < keys.size(); ++i) {
@@ -42,23 +42,20 @@ struct Placed {
 
 }  // namespace
 
-void Order(Files& files, const std::vector<Column>& columns,
-           const std::function<Known(const OpenedFile&)>& about) {
+void Order(Files& files, const std::vector<Column>& columns) {
     std::vector<Placed> placed;
     placed.reserve(files.size());
-    for (auto file = files.begin(); file != files.end(); ++file) {
+    for (const FileRecord& file : files) {
         Placed& each = placed.emplace_back(Placed{{}, file});
-        const Known known = about(*file);
         each.keys.reserve(columns.size() + 1);
         for (const Column column : columns) {
-            each.keys.push_back(KeyOf(*file, column, known));
+            each.keys.push_back(KeyOf(file, column));
         }
-        each.keys.push_back(KeyOf(*file, Column::kPid, known));
+        each.keys.push_back(KeyOf(file, Column::kPid));
     }
     std::stable_sort(placed.begin(), placed.end());
-    for (const Placed& each : placed) {
-        files.splice(files.end(), files, each.file);
-    }
+    std::transform(placed.begin(), placed.end(), files.begin(),
+                   [](const Placed& each) { return each.file; });
 }
 
 }  // namespace cli

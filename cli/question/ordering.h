@@ -2,7 +2,6 @@
 #ifndef VORN_CLI_QUESTION_ORDERING_H
 #define VORN_CLI_QUESTION_ORDERING_H
 
-#include <functional>
 #include <vector>
 
 #include "cli/question/question.h"
@@ -14,8 +13,7 @@ namespace cli {
  * before them, texts byte by byte; then by process id. What is equal in all of that stays in its
  * order.
  */
-void Order(Files& files, const std::vector<Column>& columns,
-           const std::function<Known(const OpenedFile&)>& about);
+void Order(Files& files, const std::vector<Column>& columns);
 
 }  // namespace cli
 

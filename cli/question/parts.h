@@ -4,32 +4,36 @@
 
 /**
  * @file
- * Lists as parts of one, a part a worker.
+ * What several threads do with records, each with a part of them.
  */
 
-#include <vector>
+#include <functional>
 
 #include "cli/process/workers.h"
-#include "cli/question/question.h"
+#include "cli/question/record.h"
 
 namespace cli {
 
-/**
- * The same records in as many lists as have work enough to be worth a thread, at most count, of
- * about the same size. The order within a list stays; what is split goes on in the next.
- *
- * @return at least one list
- */
-std::vector<Files> Spread(std::vector<Files> lists, size_t count);
-
-/**
- * Sorts all records by a column as VORNSortOpenedFile sorts one list of them: the lists, one behind
- * the other, are that list. Records that are equal in the column and the pid stand in one of them.
- */
-std::vector<Files> Sorted(std::vector<Files> lists, Column column, const Workers& workers);
-
-/** All of them, one behind the other. */
+/** All of them, one list behind the other. */
 Files Joined(std::vector<Files> lists);
+
+/** Goes over a part of the records and returns the end of those that stay. */
+using PartStep = std::function<FilePlace(FilePlace begin, FilePlace end, RecordTexts& texts)>;
+
+/**
+ * Goes over the first records, a part a thread that is worth it, each with texts of its own; what
+ * stays keeps its order.
+ *
+ * @param texts  at least one a thread
+ */
+void GoOver(Files& files, size_t count, TextsOfThreads& texts, const Workers& workers,
+            const PartStep& step);
+
+/**
+ * Orders records by the path column, then by the text of the pid, as VORNSortOpenedFile does, and
+ * leaves the first of neighbours with the same full path and pid, as EraseAdjacentDuplicates does.
+ */
+void SortAndUnify(Files& files, const Workers& workers);
 
 }  // namespace cli
 

@@ -7,7 +7,6 @@
  * What is asked about the open files.
  */
 
-#include <list>
 #include <optional>
 
 #include "cli/question/columns.h"
@@ -15,8 +14,6 @@
 #include "cli/question/sources/sources.h"
 
 namespace cli {
-
-using Files = std::list<OpenedFile>;
 
 /** What somebody shows, selects, counts or orders by: what isn't asked for is left empty. */
 struct Asked {

@@ -14,19 +14,18 @@ bool IsAlternative(const Condition& condition) {
     return !condition.bound || condition.bound->is == Bound::Is::kEqual;
 }
 
-bool ConditionsHold(const std::vector<Condition>& conditions, OpenedFile& file,
-                    const Known& known) {
+bool ConditionsHold(const std::vector<Condition>& conditions, const FileRecord& file) {
     ColumnSet asked;
     ColumnSet matched;
     for (const Condition& condition : conditions) {
         const auto column = static_cast<size_t>(condition.column);
         if (condition.negated || !IsAlternative(condition)) {
-            if (Matches(condition, file, known) == condition.negated) {
+            if (Matches(condition, file) == condition.negated) {
                 return false;
             }
         } else if (!matched.test(column)) {
             asked.set(column);
-            matched.set(column, Matches(condition, file, known));
+            matched.set(column, Matches(condition, file));
         }
     }
     return asked == matched;
@@ -36,8 +35,8 @@ bool FlagAllows(Flagged wanted, bool flag) {
     return wanted == Flagged::kYes || flag == (wanted == Flagged::kOnly);
 }
 
-bool LiesInAny(const std::vector<std::string>& roots, const std::string& path, bool deleted) {
-    const std::string_view named = deleted ? WithoutDeletedMark(path) : std::string_view(path);
+bool LiesInAny(const std::vector<std::string>& roots, std::string_view path, bool deleted) {
+    const std::string_view named = deleted ? WithoutDeletedMark(path) : path;
     return std::any_of(roots.begin(), roots.end(), [&](const std::string& root) {
         return support::IsAtOrBelow(named, root) || support::IsAtOrBelow(path, root);
     });
@@ -45,13 +44,12 @@ bool LiesInAny(const std::vector<std::string>& roots, const std::string& path, b
 
 }  // namespace
 
-bool IsSelected(const Selection& selection, OpenedFile& file, const Known& known) {
-    return FlagAllows(selection.hidden, file.isHidden()) &&
-           FlagAllows(selection.folders, file.isFolder()) &&
-           FlagAllows(selection.deleted, known.deleted) &&
-           ConditionsHold(selection.conditions, file, known) &&
-           (selection.paths.empty() ||
-            LiesInAny(selection.paths, file.getFullPath(), known.deleted));
+bool IsSelected(const Selection& selection, const FileRecord& file) {
+    return FlagAllows(selection.hidden, file.hidden) &&
+           FlagAllows(selection.folders, file.folder) &&
+           FlagAllows(selection.deleted, file.deleted) &&
+           ConditionsHold(selection.conditions, file) &&
+           (selection.paths.empty() || LiesInAny(selection.paths, file.fullPath, file.deleted));
 }
 
 bool SelectsAll(const Selection& selection) {

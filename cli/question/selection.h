@@ -44,13 +44,13 @@ struct Selection {
 };
 
 /** Whether a record is what a condition describes, negated or not. */
-bool Matches(const Condition& condition, OpenedFile& file, const Known& known);
+bool Matches(const Condition& condition, const FileRecord& file);
 
 /**
  * Whether a record is wanted: the texts for one column are alternatives, those for different
  * columns must all hold, so must each comparison, and none of the negated conditions may.
  */
-bool IsSelected(const Selection& selection, OpenedFile& file, const Known& known);
+bool IsSelected(const Selection& selection, const FileRecord& file);
 
 /** Whether every record is wanted. */
 bool SelectsAll(const Selection& selection);

@@ -32,11 +32,11 @@ private:
 };
 
 /** Where the library finds no unit: those without a name get its name of the internal service. */
-int NameByUnits(Files& processes) {
+int NameByUnits(LibraryFiles& processes) {
     if (processes.empty()) {
         return 0;
     }
-    Files internal(1, processes.front());
+    LibraryFiles internal(1, processes.front());
     if (fh::GetServiceName(internal) < 0) {
         return -1;
     }
@@ -50,7 +50,7 @@ int NameByUnits(Files& processes) {
 
 }  // namespace
 
-int NameServices(Files& processes) {
+int NameServices(LibraryFiles& processes) {
     return groups::HasServiceHierarchy(support::ReadFile("/proc/self/cgroup"))
                ? fh::GetServiceName(processes)
                : NameByUnits(processes);

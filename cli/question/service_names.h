@@ -2,7 +2,7 @@
 #ifndef VORN_CLI_QUESTION_SERVICE_NAMES_H
 #define VORN_CLI_QUESTION_SERVICE_NAMES_H
 
-#include "cli/question/question.h"
+#include "cli/question/record.h"
 
 namespace cli {
 
@@ -12,7 +12,7 @@ namespace cli {
  *
  * @return negative, with the platform's error code set, on failure
  */
-int NameServices(Files& processes);
+int NameServices(LibraryFiles& processes);
 
 }  // namespace cli
 

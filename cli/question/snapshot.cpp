@@ -4,15 +4,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "cli/failure.h"
 #include "cli/host/deleted.h"
-#include "cli/host/folder_memory.h"
 #include "cli/host/platform_findings.h"
 #include "cli/host/processors.h"
 #include "cli/process/workers.h"
 #include "cli/question/enumeration.h"
+#include "cli/question/library_step.h"
 #include "cli/question/meaning.h"
 #include "cli/question/ordering.h"
 #include "cli/question/parts.h"
@@ -22,90 +21,48 @@ namespace cli {
 namespace {
 
 /** What --time and the time column show where there is no time to be had. */
-constexpr const char* kNoTime = "-";
-
-bool IsSameRecord(OpenedFile& a, OpenedFile& b) {
-    return a.getFullPath() == b.getFullPath() && a.getPidStr() == b.getPidStr();
-}
-
-/** Records and what is known of them, looked at on one thread. */
-struct Part {
-    Files files;
-    std::unordered_set<const OpenedFile*> deleted; /**< nodes of files */
-
-    bool IsDeleted(const OpenedFile& file) const {
-        return !deleted.empty() && deleted.count(&file) != 0;
-    }
-};
+constexpr std::string_view kNoTime = "-";
 
 /** The library erases what can't be examined any more, deleted files among it; here they stay. */
-void AddTimes(Part& part) {
-    Files timed = part.files;
-    if (VORN::FileHandle::VORNGetLastAccessTime(timed) < 0) {
-        throw Failure(fmt::format("can't tell the access times (error 0x{:04X})", KLIBCErrGet()));
-    }
-    auto next = timed.begin();
-    for (OpenedFile& file : part.files) {
-        const bool found = next != timed.end() && IsSameRecord(file, *next);
+FilePlace AddTimes(FilePlace begin, FilePlace end, RecordTexts& texts) {
+    const auto step = [](LibraryFiles& files) {
+        if (VORN::FileHandle::VORNGetLastAccessTime(files) < 0) {
+            throw Failure(
+                fmt::format("can't tell the access times (error 0x{:04X})", KLIBCErrGet()));
+        }
+    };
+    return DoByLibrary(begin, end, step, [&](FileRecord& file, OpenedFile* told) {
         // Of a deleted file it would be that of another one, which is really named so.
-        file.setTime(found && !part.IsDeleted(file) ? next->getTime() : kNoTime);
-        std::advance(next, found ? 1 : 0);
-    }
+        file.time = told != nullptr && !file.deleted ? texts.Keep(told->getTime()) : kNoTime;
+        return true;
+    });
 }
 
-void FindDeleted(Part& part) {
+void FindDeleted(FilePlace begin, FilePlace end) {
     DeletedFiles deletedFiles;
-    for (OpenedFile& file : part.files) {
-        if (deletedFiles.Contains(file.getFullPath(), file.getPidStr())) {
-            part.deleted.insert(&file);
-        }
+    for (; begin != end; ++begin) {
+        begin->deleted = deletedFiles.Contains(begin->fullPath, begin->process->pid);
     }
 }
 
-void Keep(Part& part, const Selection& selection, const FactsOfFiles& facts = {}) {
-    if (SelectsAll(selection)) {
-        return;
-    }
-    for (auto file = part.files.begin(); file != part.files.end();) {
-        const auto told = facts.find(&*file);
-        const Known known = {part.IsDeleted(*file), told == facts.end() ? nullptr : &told->second};
-        if (IsSelected(selection, *file, known)) {
-            ++file;
-            continue;
-        }
-        if (known.deleted) {
-            part.deleted.erase(&*file);
-        }
-        file = part.files.erase(file);
-    }
+FilePlace Keep(FilePlace begin, FilePlace end, const Selection& selection) {
+    return SelectsAll(selection) ? end : std::remove_if(begin, end, [&](const FileRecord& file) {
+        return !IsSelected(selection, file);
+    });
 }
 
 /** Looks at files themselves only where that isn't settled without. */
-void Select(Part& part, const Question& question, const SelectionSteps& steps,
-            bool foldersAreTold) {
-    FindDeleted(part);
-    Keep(part, steps.atOnce);
-    if (question.asked.folder) {
-        if (!foldersAreTold) {
-            const FolderMemory once;
-            VORN::FileHandle::LabelFolder(part.files);
-        }
-        Keep(part, steps.byFolder);
+FilePlace Select(FilePlace begin, FilePlace end, const Asked& asked, const SelectionSteps& steps,
+                 bool foldersAreTold) {
+    FindDeleted(begin, end);
+    end = Keep(begin, end, steps.atOnce);
+    if (!asked.folder) {
+        return end;
     }
-}
-
-/** Asks the kernel of the records that are left. */
-FactsOfFiles FactsOf(std::vector<Part>& parts, const Asked& asked, BootTicks began,
-                     const Workers& workers) {
-    std::vector<OpenedFile*> files;
-    for (Part& part : parts) {
-        for (OpenedFile& file : part.files) {
-            if (!asked.factsOfDeleted || part.IsDeleted(file)) {
-                files.push_back(&file);
-            }
-        }
+    if (!foldersAreTold) {
+        LabelFolders(begin, end);
     }
-    return ReadFacts(files, asked.facts, began, workers);
+    return Keep(begin, end, steps.byFolder);
 }
 
 std::vector<Column> OrderedBy(const Question& question) {
@@ -134,51 +91,54 @@ Late LateOf(const Question& question, const SelectionSteps& steps) {
     return late;
 }
 
-/** The first records, in parts that several threads can look at. */
-std::vector<Part> TakeFirst(Snapshot& snapshot, size_t count) {
-    constexpr size_t kRecords = 500;
-    std::vector<Part> parts;
-    for (size_t left = std::min(count, snapshot.files.size()); left > 0;) {
-        const size_t taken = std::min(left, kRecords);
-        Part& part = parts.emplace_back();
-        part.files.splice(part.files.end(), snapshot.files, snapshot.files.begin(),
-                          std::next(snapshot.files.begin(), static_cast<long>(taken)));
-        for (const OpenedFile& file : part.files) {
-            if (snapshot.IsDeleted(file)) {
-                part.deleted.insert(&file);
-            }
-        }
-        left -= taken;
-    }
-    return parts;
-}
-
-void LookAtFirst(Snapshot& snapshot, const Question& question, const Late& late, BootTicks began,
-                 const Workers& workers) {
-    std::vector<Part> parts = TakeFirst(snapshot, *question.most);
-    if (late.facts) {
-        snapshot.facts = FactsOf(parts, question.asked, began, workers);
-    }
-    if (late.times) {
-        workers.ForEach(parts.size(), [&](size_t i) { AddTimes(parts[i]); });
-    }
-    for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
-        snapshot.files.splice(snapshot.files.begin(), part->files);
-    }
-}
-
-Files Ordered(std::vector<Files> lists, const Question& question, const Snapshot& snapshot) {
-    Files files = Joined(std::move(lists));
+void OrderAsAsked(Files& files, const Question& question) {
     const std::vector<Column> columns = OrderedBy(question);
     if (!columns.empty() && columns != std::vector{Column::kPath}) {
-        Order(files, columns, [&](const OpenedFile& file) { return snapshot.About(file); });
+        Order(files, columns);
     }
     if (question.reverse) {
         // What is equal is turned round too, as the library has it.
-        files.reverse();
+        std::reverse(files.begin(), files.end());
     }
-    return files;
 }
+
+/** What is asked of records, as soon as it is known which. */
+class Look {
+public:
+    Look(Snapshot& snapshot, const Question& question, const Workers& workers, BootTicks began)
+        : snapshot_(snapshot), question_(question), workers_(workers), began_(began) {}
+
+    /** Asks the kernel of the first records. */
+    void ReadFactsOf(size_t count) {
+        std::vector<FileRecord*> files;
+        for (size_t i = 0; i < count; ++i) {
+            FileRecord& file = snapshot_.files[i];
+            if (!question_.asked.factsOfDeleted || file.deleted) {
+                files.push_back(&file);
+            }
+        }
+        snapshot_.facts = ReadFacts(files, question_.asked.facts, began_, workers_);
+    }
+
+    /** Asks for the times of the first records. */
+    void ReadTimesOf(size_t count) {
+        GoOver(snapshot_.files, count, snapshot_.texts, workers_, AddTimes);
+    }
+
+    void Keep(const Selection& selection) {
+        Files& files = snapshot_.files;
+        GoOver(files, files.size(), snapshot_.texts, workers_,
+               [&](FilePlace begin, FilePlace end, RecordTexts& /*texts*/) {
+                   return cli::Keep(begin, end, selection);
+               });
+    }
+
+private:
+    Snapshot& snapshot_;
+    const Question& question_;
+    const Workers& workers_;
+    BootTicks began_;
+};
 
 }  // namespace
 
@@ -187,32 +147,30 @@ void FillSnapshot(Snapshot& snapshot, const Question& question, RecordSource& so
     // The identities are those of the caller: raising them is for set-user-id programs.
     snapshot.jobs = question.jobs ? *question.jobs : UsableProcessors();
     const Workers workers(snapshot.jobs);
-    std::vector<Files> lists = EnumerateFiles(question, source, workers);
+    Files& files = snapshot.files = EnumerateFiles(question, source, workers, snapshot.texts);
     snapshot.notice = source.Notice();
     const SelectionSteps steps = InSteps(question.selection);
     const Late late = LateOf(question, steps);
-    std::vector<Part> parts(lists.size());
-    workers.ForEach(lists.size(), [&](size_t i) {
-        parts[i].files = std::move(lists[i]);
-        Select(parts[i], question, steps, source.TellsFolders());
-    });
+    Look look(snapshot, question, workers, began);
+    GoOver(files, files.size(), snapshot.texts, workers,
+           [&](FilePlace begin, FilePlace end, RecordTexts& /*texts*/) {
+               return Select(begin, end, question.asked, steps, source.TellsFolders());
+           });
     if (question.asked.facts.any() && !late.facts) {
-        snapshot.facts = FactsOf(parts, question.asked, began, workers);
+        look.ReadFactsOf(files.size());
+        look.Keep(steps.byFacts);
     }
-    workers.ForEach(parts.size(), [&](size_t i) {
-        Keep(parts[i], steps.byFacts, snapshot.facts);
-        if (question.time && !late.times) {
-            AddTimes(parts[i]);
-            Keep(parts[i], steps.byTime, snapshot.facts);
-        }
-    });
-    for (size_t i = 0; i < parts.size(); ++i) {
-        lists[i] = std::move(parts[i].files);
-        snapshot.deleted.merge(parts[i].deleted);
+    if (question.time && !late.times) {
+        look.ReadTimesOf(files.size());
+        look.Keep(steps.byTime);
     }
-    snapshot.files = Ordered(std::move(lists), question, snapshot);
-    if (late.facts || late.times) {
-        LookAtFirst(snapshot, question, late, began, workers);
+    OrderAsAsked(files, question);
+    const size_t shown = std::min(files.size(), question.most.value_or(files.size()));
+    if (late.facts) {
+        look.ReadFactsOf(shown);
+    }
+    if (late.times) {
+        look.ReadTimesOf(shown);
     }
 }
 

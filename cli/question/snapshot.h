@@ -7,9 +7,7 @@
  * One enumeration and what is known of it.
  */
 
-#include <list>
 #include <string>
-#include <unordered_set>
 
 #include "cli/process/supervision/gate.h"
 #include "cli/question/facts_reader.h"
@@ -18,26 +16,18 @@
 namespace cli {
 
 struct Snapshot {
-    std::list<OpenedFile> files;
+    Files files;
     /** As what they are listed: a PATH in no share is answered by volume. */
     VORN::FileHandle::ENUM_BY by = VORN::FileHandle::ENUM_BY_SHARE;
-    std::unordered_set<const OpenedFile*> deleted; /**< nodes of files */
-    FactsOfFiles facts;                            /**< of these nodes, where asked for */
-    size_t jobs = 1;                               /**< threads that may show them */
+    TextsOfThreads texts;   /**< that they point into */
+    FactsOfProcesses facts; /**< that they point to, where asked for */
+    size_t jobs = 1;        /**< threads that may show them */
     /** Why something is missing from the list; empty when it is complete. */
     std::string incompleteReason;
     /** Why the question may not be what was meant: a PATH that doesn't exist; mostly empty. */
     std::string doubt;
     /** What else the user should know; mostly empty. */
     std::string notice;
-
-    bool IsDeleted(const OpenedFile& file) const {
-        return !deleted.empty() && deleted.count(&file) != 0;
-    }
-    Known About(const OpenedFile& file) const {
-        const auto found = facts.empty() ? facts.end() : facts.find(&file);
-        return {IsDeleted(file), found == facts.end() ? nullptr : &found->second};
-    }
 };
 
 /**

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <sys/utsname.h>
 
+#include <array>
 #include <ctime>
 
 #include "cli/text/escape.h"
@@ -14,8 +15,18 @@ namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
+/** Bytes that stand for themselves: most texts have no others. */
+constexpr std::array<bool, 256> PlainBytes() {
+    std::array<bool, 256> plain{};
+    for (size_t byte = ' '; byte < 0x7F; ++byte) {
+        plain[byte] = byte != '"' && byte != '\\';
+    }
+    return plain;
+}
+
 bool IsPlain(char byte) {
-    return byte >= ' ' && byte < 0x7F && byte != '"' && byte != '\\';
+    static constexpr std::array<bool, 256> kPlain = PlainBytes();
+    return kPlain[static_cast<unsigned char>(byte)];
 }
 
 void AppendCodeUnit(std::string& out, int32_t unit) {

@@ -275,7 +275,7 @@ TEST(Arguments, AreRefusedWithAWordOfHelp) {
 }
 
 TEST(Columns, BeginWithThoseOfTheLibrary) {
-    for (const auto& [member, name] : cli::OpenedFile::mapJsonColumn) {
+    for (const auto& [member, name] : VORN::FileHandle::OpenedFile::mapJsonColumn) {
         EXPECT_EQ(cli::ColumnName(static_cast<Column>(member)), name);
     }
 }

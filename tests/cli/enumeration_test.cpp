@@ -17,8 +17,6 @@
 #include <random>
 
 #include "cli/failure.h"
-#include "cli/host/folder_memory.h"
-#include "cli/question/parts.h"
 #include "support/text.h"
 #include "tests/cli/scripted_host.h"
 #include "tests/support/syslog_interposer.h"
@@ -78,14 +76,14 @@ extern "C" __attribute__((visibility("default"))) int access(const char* path, i
 
 namespace {
 
-using cli::Files;
+using cli::LibraryFiles;
 using VORN::FileHandle::OpenedFile;
 namespace fh = VORN::FileHandle;
 
 /** Hands out the processes of a list of records, as a walk of /proc does. */
 class ScriptedSource : public cli::RecordSource {
 public:
-    explicit ScriptedSource(const Files& all) {
+    explicit ScriptedSource(const LibraryFiles& all) {
         for (OpenedFile file : all) {
             if (processes_.empty() || processes_.back().front().getPidStr() != file.getPidStr()) {
                 processes_.emplace_back();
@@ -94,7 +92,7 @@ public:
         }
     }
 
-    int Next(Files& records) override {
+    int Next(cli::Files& records, cli::RecordTexts& texts) override {
         const size_t at = next_++;
         if (at == failsAt) {
             KLIBCErrSetEx(0x4321, "scan", 1);
@@ -106,7 +104,11 @@ public:
         if (at >= processes_.size()) {
             return 0;
         }
-        records.splice(records.end(), processes_[at]);
+        cli::ProcessTexts& process =
+            texts.AddProcess({processes_[at].front().getPidStr(), "", "", ""});
+        for (OpenedFile& file : processes_[at]) {
+            records.push_back({texts.Keep(file.getFullPath()), {}, {}, {}, &process});
+        }
         return 1;
     }
     std::string Notice() const override { return ""; }
@@ -115,7 +117,7 @@ public:
     size_t throwsAt = static_cast<size_t>(-1);
 
 private:
-    std::vector<Files> processes_;
+    std::vector<LibraryFiles> processes_;
     std::atomic<size_t> next_ = 0;
 };
 
@@ -126,15 +128,25 @@ OpenedFile Raw(const std::string& path, int pid) {
     return file;
 }
 
-std::string Text(OpenedFile& file) {
+std::string Joined(std::initializer_list<std::string_view> parts) {
     std::string text;
-    for (const std::string& part :
-         {file.getFullPath(), file.getPidStr(), file.getService(), file.getHost(), file.getUser(),
-          file.getPath(), file.getFilename(), std::string(file.isHidden() ? "hidden" : ""),
-          std::string(file.isFolder() ? "folder" : "")}) {
-        text += part + '|';
+    for (const std::string_view part : parts) {
+        text.append(part) += '|';
     }
     return text;
+}
+
+std::string Text(OpenedFile& file) {
+    return Joined({file.getFullPath(), file.getPidStr(), file.getService(), file.getHost(),
+                   file.getUser(), file.getPath(), file.getFilename(),
+                   file.isHidden() ? "hidden" : "", file.isFolder() ? "folder" : ""});
+}
+
+std::string Text(const cli::FileRecord& file) {
+    const cli::ProcessTexts& process = *file.process;
+    return Joined({file.fullPath, process.pid, process.service, process.host, process.user,
+                   file.path, file.filename, file.hidden ? "hidden" : "",
+                   file.folder ? "folder" : ""});
 }
 
 struct Outcome {
@@ -151,7 +163,7 @@ std::vector<std::string> TakeLog() {
     return lines;
 }
 
-Outcome ByLibrary(Files files, fh::ENUM_BY by) {
+Outcome ByLibrary(LibraryFiles files, fh::ENUM_BY by) {
     Outcome outcome;
     logLines.clear();
     if (fh::EnumOpenedFile(files, by) < 0) {
@@ -159,14 +171,15 @@ Outcome ByLibrary(Files files, fh::ENUM_BY by) {
         snprintf(code, sizeof(code), "(error 0x%04X)", static_cast<unsigned>(KLIBCErrGet()));
         outcome.failure = code;
     } else {
-        std::transform(files.begin(), files.end(), std::back_inserter(outcome.records), Text);
+        std::transform(files.begin(), files.end(), std::back_inserter(outcome.records),
+                       [](OpenedFile& file) { return Text(file); });
     }
     outcome.log = TakeLog();
     return outcome;
 }
 
 Outcome ByCommand(
-    const Files& files, fh::ENUM_BY by, size_t jobs,
+    const LibraryFiles& files, fh::ENUM_BY by, size_t jobs,
     const std::function<void(ScriptedSource&)>& spoil = [](ScriptedSource&) {}) {
     Outcome outcome;
     logLines.clear();
@@ -175,10 +188,11 @@ Outcome ByCommand(
     cli::Question question;
     question.by = by;
     try {
-        Files all = cli::Joined(cli::EnumerateFiles(question, source, cli::Workers(jobs)));
-        const cli::FolderMemory once;
-        fh::LabelFolder(all);
-        std::transform(all.begin(), all.end(), std::back_inserter(outcome.records), Text);
+        cli::TextsOfThreads texts;
+        cli::Files all = cli::EnumerateFiles(question, source, cli::Workers(jobs), texts);
+        cli::LabelFolders(all.begin(), all.end());
+        std::transform(all.begin(), all.end(), std::back_inserter(outcome.records),
+                       [](const cli::FileRecord& file) { return Text(file); });
     } catch (const cli::Failure& failure) {
         outcome.failure = failure.what();
         outcome.failure = outcome.failure.substr(outcome.failure.find('('));
@@ -213,14 +227,14 @@ protected:
     }
 
     /** A table of processes whose files, services, sessions and ancestors are drawn by lot. */
-    Files Draw(unsigned seed, size_t processes, size_t most) {
+    LibraryFiles Draw(unsigned seed, size_t processes, size_t most) {
         std::mt19937 random(seed);
         const auto below = [&](size_t limit) { return static_cast<int>(random() % limit); };
         static const char* const kFolders[] = {"/volume1/photo/", "/volume2/photo/",
                                                "/volume2/docs/", "/volume1/p/.trash/",
                                                "/volume1/other/"};
         static const char* const kUnits[] = {"SSH", "ssh", "SMB", "none", "FTP"};
-        Files files;
+        LibraryFiles files;
         int pid = 100;
         for (size_t process = 0; process < processes; ++process) {
             pid += 1 + below(3);
@@ -249,7 +263,7 @@ TEST_P(Enumeration, GivesWhatTheLibraryGives) {
     for (const unsigned seed : {1, 2, 3, 4, 5, 6, 7, 8}) {
         for (const size_t most : {2, 12, 700}) {
             SetUp();
-            const Files files = Draw(seed, most == 700 ? 20 : 150, most);
+            const LibraryFiles files = Draw(seed, most == 700 ? 20 : 150, most);
             const Outcome expected = ByLibrary(files, fh::ENUM_BY_SHARE);
             const Outcome outcome = ByCommand(files, fh::ENUM_BY_SHARE, GetParam());
             EXPECT_EQ(outcome.records, expected.records) << seed << ", " << most;
@@ -265,7 +279,7 @@ TEST_P(Enumeration, FindsSessionsAsTheLibraryDoes) {
     for (unsigned seed = 0; seed < 60; ++seed) {
         SetUp();
         std::mt19937 random(seed);
-        Files files;
+        LibraryFiles files;
         for (int pid = 100; pid < 160; ++pid) {
             scriptedHost.units[std::to_string(pid)] = "SSH";
             for (size_t i = random() % 4; i > 0; --i) {
@@ -280,7 +294,7 @@ TEST_P(Enumeration, FindsSessionsAsTheLibraryDoes) {
 }
 
 TEST_P(Enumeration, AsksForAFolderOnceAPathAndForServicesOnceAProcess) {
-    Files files;
+    LibraryFiles files;
     for (int pid = 100; pid < 140; ++pid) {
         for (int i = 0; i < 100; ++i) {
             files.push_back(Raw("/volume1/photo/a", pid));
@@ -298,7 +312,7 @@ TEST_P(Enumeration, AsksForAFolderOnceAPathAndForServicesOnceAProcess) {
 }
 
 TEST_P(Enumeration, FailsAsTheLibraryDoes) {
-    const Files files = Draw(1, 200, 30);
+    const LibraryFiles files = Draw(1, 200, 30);
     for (const char* operation :
          {"VORNShareEnum", "VORNShareGet", "VORNEAHiddenDirGet", "VORNCurConnGet"}) {
         scriptedHost.failing = {operation};
@@ -312,7 +326,7 @@ TEST_P(Enumeration, FailsAsTheLibraryDoes) {
 
 TEST_P(Enumeration, LogsOnceThatThereIsNoShare) {
     scriptedHost.shares.clear();
-    const Files files = Draw(3, 200, 30);
+    const LibraryFiles files = Draw(3, 200, 30);
     const Outcome expected = ByLibrary(files, fh::ENUM_BY_SHARE);
     const Outcome outcome = ByCommand(files, fh::ENUM_BY_SHARE, GetParam());
     EXPECT_EQ(outcome.records, std::vector<std::string>());
@@ -321,7 +335,7 @@ TEST_P(Enumeration, LogsOnceThatThereIsNoShare) {
 }
 
 TEST_P(Enumeration, TellsTheErrorOfTheThreadThatFailed) {
-    const Files files = Draw(1, 200, 30);
+    const LibraryFiles files = Draw(1, 200, 30);
     for (const size_t at : {0, 17, 100}) {
         const Outcome outcome = ByCommand(files, fh::ENUM_BY_SHARE, GetParam(),
                                           [&](ScriptedSource& source) { source.failsAt = at; });
@@ -333,14 +347,14 @@ TEST_P(Enumeration, TellsTheErrorOfTheThreadThatFailed) {
 }
 
 TEST_P(Enumeration, PassesOnAShortageOfMemory) {
-    const Files files = Draw(1, 200, 30);
+    const LibraryFiles files = Draw(1, 200, 30);
     EXPECT_THROW(ByCommand(files, fh::ENUM_BY_SHARE, GetParam(),
                            [](ScriptedSource& source) { source.throwsAt = 17; }),
                  std::bad_alloc);
 }
 
 TEST_P(Enumeration, PassesOnTheRangeErrorOfABareVolumeName) {
-    Files files = Draw(1, 200, 30);
+    LibraryFiles files = Draw(1, 200, 30);
     scriptedHost.shares.emplace_back("/volume");
     files.push_back(Raw("/volume", 5000));
     EXPECT_THROW(ByLibrary(files, fh::ENUM_BY_SHARE), std::out_of_range);

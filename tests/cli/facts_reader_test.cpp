@@ -24,9 +24,9 @@ protected:
     /** What is told of this process and a file. */
     cli::Facts Told(const std::string& name, const cli::ColumnSet& columns,
                     cli::BootTicks lookBegan) {
-        auto file = Record(Path(name));
-        file.setPid(std::to_string(getpid()));
-        return cli::ReadFacts({&file}, columns, lookBegan, cli::Workers(2)).at(&file);
+        auto file = Record(Path(name), "alice", "SMB", std::to_string(getpid()));
+        const auto facts = cli::ReadFacts({&file}, columns, lookBegan, cli::Workers(2));
+        return *file.facts;
     }
 };
 

@@ -27,9 +27,9 @@ TEST(LabelValue, IsEscapedUtf8) {
 TEST(Place, IsTheShareOrTheVolume) {
     auto file = Record("/volume1/photo/a/b");
     EXPECT_EQ(cli::PlaceOf(file), "/volume1");
-    file.setPath("photo/a/b");
+    file.path = "photo/a/b";
     EXPECT_EQ(cli::PlaceOf(file), "photo");
-    file.setPath("photo");
+    file.path = "photo";
     EXPECT_EQ(cli::PlaceOf(file), "photo");
 }
 

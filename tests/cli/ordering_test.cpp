@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <deque>
 #include <map>
 #include <random>
 
@@ -21,19 +22,16 @@ class Lot {
 public:
     explicit Lot(unsigned seed) : random_(seed) {
         for (int i = 0; i < 200; ++i) {
-            auto& file = files.emplace_back(
-                Record("/volume1/" + std::to_string(Draw(4)), "user" + std::to_string(Draw(3))));
-            file.setPid(std::to_string(1 + Draw(120)));
+            const std::string path = "/volume1/" + std::to_string(Draw(4));
+            const std::string user = "user" + std::to_string(Draw(3));
+            auto& file =
+                files.emplace_back(Record(path, user, "SMB", std::to_string(1 + Draw(120))));
             if (Draw(5) != 0) {
-                facts_.emplace(&file, DrawFacts());
+                file.facts = &facts_.emplace_back(DrawFacts());
             }
         }
     }
 
-    cli::Known About(const cli::OpenedFile& file) const {
-        const auto found = facts_.find(&file);
-        return {false, found == facts_.end() ? nullptr : &found->second};
-    }
     unsigned Draw(unsigned below) { return static_cast<unsigned>(random_() % below); }
 
     cli::Files files;
@@ -55,7 +53,7 @@ private:
     }
 
     std::mt19937 random_;
-    std::map<const cli::OpenedFile*, cli::Facts> facts_;
+    std::deque<cli::Facts> facts_;
 };
 
 constexpr Column kAny[] = {Column::kPid,     Column::kUser, Column::kPath,  Column::kCommand,
@@ -63,16 +61,15 @@ constexpr Column kAny[] = {Column::kPid,     Column::kUser, Column::kPath,  Colu
                            Column::kInode,   Column::kMode, Column::kOwner, Column::kModified};
 
 /** -1, 0, 1 as a column has two records one before the other; what isn't known comes first. */
-int Compared(const Lot& lot, cli::OpenedFile& a, cli::OpenedFile& b, Column column) {
+int Compared(const cli::FileRecord& a, const cli::FileRecord& b, Column column) {
     const auto sign = [](const auto& left, const auto& right) {
         return left < right ? -1 : right < left ? 1 : 0;
     };
     if (cli::MeasureOf(column) == cli::Measure::kNone) {
-        return sign(cli::ColumnText(a, column, lot.About(a)),
-                    cli::ColumnText(b, column, lot.About(b)));
+        return sign(cli::ColumnText(a, column), cli::ColumnText(b, column));
     }
-    auto left = cli::ColumnNumbers(a, column, lot.About(a));
-    auto right = cli::ColumnNumbers(b, column, lot.About(b));
+    auto left = cli::ColumnNumbers(a, column);
+    auto right = cli::ColumnNumbers(b, column);
     left.resize(std::min<size_t>(left.size(), 1));
     right.resize(std::min<size_t>(right.size(), 1));
     return sign(left, right);
@@ -85,19 +82,21 @@ TEST(Order, HoldsForEachPairAndKeepsWhatIsEqual) {
         for (unsigned i = 1 + lot.Draw(3); i > 0; --i) {
             columns.push_back(kAny[lot.Draw(std::size(kAny))]);
         }
-        std::map<const cli::OpenedFile*, int> before;
+        // Each has a process of its own.
+        std::map<const cli::ProcessTexts*, int> before;
         for (const auto& file : lot.files) {
-            before.emplace(&file, static_cast<int>(before.size()));
+            before.emplace(file.process, static_cast<int>(before.size()));
         }
-        cli::Order(lot.files, columns, [&](const auto& file) { return lot.About(file); });
+        cli::Order(lot.files, columns);
         ASSERT_EQ(lot.files.size(), before.size());
         columns.push_back(Column::kPid);
         for (auto a = lot.files.begin(), b = std::next(a); b != lot.files.end(); ++a, ++b) {
             int order = 0;
             for (const Column column : columns) {
-                order = order == 0 ? Compared(lot, *a, *b, column) : order;
+                order = order == 0 ? Compared(*a, *b, column) : order;
             }
-            ASSERT_TRUE(order < 0 || (order == 0 && before[&*a] < before[&*b])) << seed;
+            ASSERT_TRUE(order < 0 || (order == 0 && before[a->process] < before[b->process]))
+                << seed;
         }
     }
 }
@@ -105,13 +104,12 @@ TEST(Order, HoldsForEachPairAndKeepsWhatIsEqual) {
 TEST(Order, HasNumbersAsNumbers) {
     cli::Files files;
     for (const char* pid : {"100", "96", "9", "1000"}) {
-        files.push_back(Record("/volume1/a"));
-        files.back().setPid(pid);
+        files.push_back(Record("/volume1/a", "alice", "SMB", pid));
     }
-    cli::Order(files, {Column::kPid}, [](const auto&) { return cli::Known(); });
+    cli::Order(files, {Column::kPid});
     std::string pids;
     for (auto& file : files) {
-        pids += file.getPidStr() + ' ';
+        pids += file.process->pid + ' ';
     }
     EXPECT_EQ(pids, "9 96 100 1000 ");
 }
@@ -142,14 +140,14 @@ TEST(Comparisons, SelectWhatHasSuchANumberAndNothingUnknown) {
         const std::int64_t bound = lot.Draw(100);
         const Condition condition = {column, "x", false, false, Bound{is, bound}};
         for (auto& file : lot.files) {
-            const auto numbers = cli::ColumnNumbers(file, column, lot.About(file));
+            const auto numbers = cli::ColumnNumbers(file, column);
             const bool wanted = std::any_of(numbers.begin(), numbers.end(),
                                             [&](auto number) { return IsTrue(is, number, bound); });
             cli::Selection selection;
             selection.conditions = {condition};
-            EXPECT_EQ(cli::IsSelected(selection, file, lot.About(file)), wanted);
+            EXPECT_EQ(cli::IsSelected(selection, file), wanted);
             selection.conditions[0].negated = true;
-            EXPECT_EQ(cli::IsSelected(selection, file, lot.About(file)), !wanted);
+            EXPECT_EQ(cli::IsSelected(selection, file), !wanted);
         }
     }
 }
@@ -164,9 +162,9 @@ TEST(Comparisons, MustEachHold) {
     cli::Selection either;
     either.conditions = {of(Bound::Is::kEqual, 30), of(Bound::Is::kEqual, 31)};
     for (auto& file : lot.files) {
-        const int pid = std::stoi(file.getPidStr());
-        EXPECT_EQ(cli::IsSelected(range, file, {}), pid >= 30 && pid < 60);
-        EXPECT_EQ(cli::IsSelected(either, file, {}), pid == 30 || pid == 31);
+        const int pid = std::stoi(file.process->pid);
+        EXPECT_EQ(cli::IsSelected(range, file), pid >= 30 && pid < 60);
+        EXPECT_EQ(cli::IsSelected(either, file), pid == 30 || pid == 31);
     }
 }
 
@@ -175,9 +173,11 @@ TEST(Facts, OfAProcessThatHasGoneAreUnknown) {
     const cli::Facts gone;
     for (size_t i = static_cast<size_t>(Column::kCommand); i < cli::kColumns; ++i) {
         const auto column = static_cast<Column>(i);
-        EXPECT_EQ(cli::ColumnText(file, column, {false, &gone}), "-");
-        EXPECT_EQ(cli::ColumnText(file, column, {}), "-");
-        EXPECT_TRUE(cli::ColumnNumbers(file, column, {false, &gone}).empty());
+        for (const cli::Facts* facts : {&gone, static_cast<const cli::Facts*>(nullptr)}) {
+            file.facts = facts;
+            EXPECT_EQ(cli::ColumnText(file, column), "-");
+            EXPECT_TRUE(cli::ColumnNumbers(file, column).empty());
+        }
     }
 }
 

@@ -4,20 +4,23 @@
 
 #include <string>
 
-#include "vorn/filehandle.h"
+#include "cli/question/record.h"
 
-/** A record as an enumeration leaves it. */
-inline VORN::FileHandle::OpenedFile Record(const std::string& fullPath,
-                                           const std::string& user = "alice",
-                                           const std::string& service = "SMB") {
-    VORN::FileHandle::OpenedFile file;
-    file.setFullPath(fullPath);
-    file.setPath(fullPath);
-    file.setFilename(fullPath.substr(fullPath.rfind('/') + 1));
-    file.setPid("4711");
-    file.setServiceName(service);
-    file.setUser(user);
-    file.setHost("192.0.2.7");
+/** What the records of a test program point into. */
+inline cli::RecordTexts& RecordTextsOfTests() {
+    static cli::RecordTexts texts;
+    return texts;
+}
+
+/** A record as an enumeration leaves it, of a process of its own. */
+inline cli::FileRecord Record(const std::string& fullPath, const std::string& user = "alice",
+                              const std::string& service = "SMB", const std::string& pid = "4711") {
+    cli::RecordTexts& texts = RecordTextsOfTests();
+    cli::FileRecord file;
+    file.fullPath = texts.Keep(fullPath);
+    file.path = file.fullPath;
+    file.filename = file.fullPath.substr(file.fullPath.rfind('/') + 1);
+    file.process = &texts.AddProcess({pid, service, "192.0.2.7", user});
     return file;
 }
 

@@ -42,7 +42,7 @@ TEST(Selection, TakesAnyOfAColumnAndAllOfTheColumns) {
     for (const ConditionCase& each : kCases) {
         Selection selection;
         selection.conditions = each.conditions;
-        EXPECT_EQ(cli::IsSelected(selection, file, {false}), each.selected);
+        EXPECT_EQ(cli::IsSelected(selection, file), each.selected);
     }
 }
 
@@ -54,23 +54,25 @@ TEST(Selection, TakesFlaggedFilesAsAsked) {
     };
     auto plain = Record("/volume1/photo/a.jpg");
     auto hidden = Record("/volume1/.snapshot/a.jpg");
-    hidden.setIsHidden();
+    hidden.hidden = true;
     auto folder = Record("/volume1/photo");
-    folder.setIsFolder();
+    folder.folder = true;
+    auto deleted = plain;
+    deleted.deleted = true;
     for (const Case& each : {Case{Flagged::kYes, true, true}, Case{Flagged::kNo, true, false},
                              Case{Flagged::kOnly, false, true}}) {
         Selection selection;
         selection.hidden = each.wanted;
-        EXPECT_EQ(cli::IsSelected(selection, plain, {false}), each.plain);
-        EXPECT_EQ(cli::IsSelected(selection, hidden, {false}), each.flagged);
+        EXPECT_EQ(cli::IsSelected(selection, plain), each.plain);
+        EXPECT_EQ(cli::IsSelected(selection, hidden), each.flagged);
         selection = {};
         selection.folders = each.wanted;
-        EXPECT_EQ(cli::IsSelected(selection, plain, {false}), each.plain);
-        EXPECT_EQ(cli::IsSelected(selection, folder, {false}), each.flagged);
+        EXPECT_EQ(cli::IsSelected(selection, plain), each.plain);
+        EXPECT_EQ(cli::IsSelected(selection, folder), each.flagged);
         selection = {};
         selection.deleted = each.wanted;
-        EXPECT_EQ(cli::IsSelected(selection, plain, {false}), each.plain);
-        EXPECT_EQ(cli::IsSelected(selection, plain, {true}), each.flagged);
+        EXPECT_EQ(cli::IsSelected(selection, plain), each.plain);
+        EXPECT_EQ(cli::IsSelected(selection, deleted), each.flagged);
     }
 }
 
@@ -96,8 +98,9 @@ TEST(Selection, KnowsADeletedFileByItsName) {
     Selection selection;
     selection.paths = {"/volume1/photo/a.jpg"};
     auto file = Record("/volume1/photo/a.jpg (deleted)");
-    EXPECT_TRUE(cli::IsSelected(selection, file, {true}));
-    EXPECT_FALSE(cli::IsSelected(selection, file, {false}));
+    EXPECT_FALSE(cli::IsSelected(selection, file));
+    file.deleted = true;
+    EXPECT_TRUE(cli::IsSelected(selection, file));
 }
 
 }  // namespace

@@ -9,19 +9,18 @@
 namespace {
 
 using cli::Column;
-using VORN::FileHandle::OpenedFile;
 
 /** Files of this process, in one portion. */
 class OwnFiles : public cli::RecordSource {
 public:
     explicit OwnFiles(std::vector<std::string> paths) : paths_(std::move(paths)) {}
 
-    int Next(cli::Files& records) override {
+    int Next(cli::Files& records, cli::RecordTexts& texts) override {
         const int left = paths_.empty() ? 0 : 1;
         for (const std::string& path : paths_) {
-            OpenedFile& file = records.emplace_back();
-            file.setFullPath(path);
-            file.setPid(std::to_string(getpid()));
+            cli::FileRecord& file = records.emplace_back();
+            file.fullPath = texts.Keep(path);
+            file.process = &texts.AddProcess({std::to_string(getpid()), "", "", ""});
         }
         paths_.clear();
         return left;
@@ -57,11 +56,13 @@ protected:
         snapshot_ = {};
         cli::FillSnapshot(snapshot_, question_, source);
         EXPECT_EQ(snapshot_.files.size(), kRecords);
+        size_t facts = 0;
         size_t times = 0;
-        for (OpenedFile& file : snapshot_.files) {
-            times += file.getTime().empty() ? 0 : 1;
+        for (const cli::FileRecord& file : snapshot_.files) {
+            facts += file.facts == nullptr ? 0 : 1;
+            times += file.time.empty() ? 0 : 1;
         }
-        return {snapshot_.facts.size(), times};
+        return {facts, times};
     }
 
     std::vector<std::string> paths_;
@@ -73,16 +74,16 @@ TEST_F(LimitedLook, IsAtWhatIsShownAlone) {
     EXPECT_EQ(Asked(), std::make_pair(kMost, kMost));
     // The first ones, in their order.
     size_t at = 0;
-    for (OpenedFile& file : snapshot_.files) {
-        ASSERT_EQ(file.getFullPath(), paths_[at]);
-        EXPECT_EQ(file.getTime().empty(), at >= kMost);
-        EXPECT_EQ(snapshot_.About(file).facts != nullptr, at < kMost);
+    for (const cli::FileRecord& file : snapshot_.files) {
+        ASSERT_EQ(file.fullPath, paths_[at]);
+        EXPECT_EQ(file.time.empty(), at >= kMost);
+        EXPECT_EQ(file.facts != nullptr, at < kMost);
         ++at;
     }
     question_.reverse = true;
     EXPECT_EQ(Asked(), std::make_pair(kMost, kMost));
-    EXPECT_EQ(snapshot_.files.front().getFullPath(), paths_.back());
-    EXPECT_NE(snapshot_.About(snapshot_.files.front()).facts, nullptr);
+    EXPECT_EQ(snapshot_.files.front().fullPath, paths_.back());
+    EXPECT_NE(snapshot_.files.front().facts, nullptr);
     question_.most = kRecords + 1;
     EXPECT_EQ(Asked(), std::make_pair(kRecords, kRecords));
 }

@@ -9,6 +9,7 @@
 #include "cli/answer/formats/json_writer.h"
 #include "cli/answer/screen.h"
 #include "tests/cli/records.h"
+#include "tests/support/library_record.h"
 
 namespace {
 
@@ -19,7 +20,7 @@ using cli::Format;
 std::string Written(cli::Presentation presentation) {
     cli::Snapshot snapshot;
     snapshot.files = {Record("/volume1/a,\"b\"", "alice"), Record("/volume1/\n\xFF", "bob")};
-    snapshot.files.back().setIsHidden();
+    snapshot.files.back().hidden = true;
     cli::Output output(cli::Output::kNowhere);
     cli::WriteFiles(snapshot, cli::Question(), presentation, cli::Terminal(), output);
     return output.Text();
@@ -41,9 +42,7 @@ TEST(Writer, WritesTheSameWithSeveralThreads) {
                 cli::Snapshot snapshot;
                 for (size_t i = 0; i < records; ++i) {
                     snapshot.files.push_back(Record("/volume1/\n" + std::to_string(i)));
-                    if (i % 7 == 0) {
-                        snapshot.deleted.insert(&snapshot.files.back());
-                    }
+                    snapshot.files.back().deleted = i % 7 == 0;
                 }
                 snapshot.jobs = jobs;
                 cli::Output output(cli::Output::kNowhere);
@@ -108,7 +107,10 @@ TEST(Writer, WritesJsonWithTypes) {
 TEST(Writer, WritesTheTypesOfTheSecondSchema) {
     cli::Snapshot snapshot;
     snapshot.files = {Record("/volume1/a", "-"), Record("/volume1/gone", "bob")};
-    cli::Facts& facts = snapshot.facts[&snapshot.files.front()];
+    cli::Facts facts;
+    const cli::Facts unknown;
+    snapshot.files.front().facts = &facts;
+    snapshot.files.back().facts = &unknown;
     auto process = std::make_shared<cli::HolderFacts>();
     process->started = 1709820309;
     facts.process = process;
@@ -117,7 +119,6 @@ TEST(Writer, WritesTheTypesOfTheSecondSchema) {
     facts.files = {{true, 4097, 8192, 0, 7, 0}};
     facts.locks = {
         {*cli::ParseKernelLock("1: POSIX  ADVISORY  WRITE 7 08:01:1 5 EOF"), {{8, "-"}}}};
-    snapshot.facts[&snapshot.files.back()];
     auto presentation =
         In(Format::kJsonl,
            {cli::Column::kPid, cli::Column::kHidden, cli::Column::kUser, cli::Column::kStarted,
@@ -190,10 +191,11 @@ Json::Value Parse(const std::string& text) {
 }
 
 /** A record as the JSON formats write it. */
-std::string Object(cli::OpenedFile file, bool deleted, bool withTime) {
+std::string Object(cli::FileRecord file, bool deleted, bool withTime) {
     const std::vector<cli::Column> columns = cli::AllColumns(withTime);
     cli::Row row;
-    cli::FillRow(row, file, columns, {deleted});
+    file.deleted = deleted;
+    cli::FillRow(row, file, columns);
     std::string text;
     cli::AppendJsonObject(text, cli::HeadingsOf(columns), row);
     return text;
@@ -201,11 +203,11 @@ std::string Object(cli::OpenedFile file, bool deleted, bool withTime) {
 
 TEST(JsonFile, HasWhatTheRecordItselfRenders) {
     auto file = Record("/volume1/photo/a.jpg");
-    file.setIsHidden();
-    file.setTime("2024/03/07 14:05:09");
+    file.hidden = true;
+    file.time = "2024/03/07 14:05:09";
     Json::Value expected;
-    file.toJson(expected);
-    file.timeToJson(expected);
+    OfLibrary(file).toJson(expected);
+    OfLibrary(file).timeToJson(expected);
     expected["full_path"] = "/volume1/photo/a.jpg";
     expected["folder"] = false;
     expected["deleted"] = true;

@@ -29,8 +29,8 @@
 
 #include "cli/failure.h"
 #include "cli/question/enumeration.h"
-#include "cli/question/parts.h"
 #include "tests/flood/churners.h"
+#include "tests/support/library_record.h"
 
 namespace {
 
@@ -128,7 +128,11 @@ private:
         question.by = static_cast<VORN::FileHandle::ENUM_BY>(enumby);
         const auto source = cli::MakeSource(question.source);
         try {
-            list = cli::Joined(cli::EnumerateFiles(question, *source, cli::Workers(3)));
+            cli::TextsOfThreads texts;
+            for (const cli::FileRecord& file :
+                 cli::EnumerateFiles(question, *source, cli::Workers(3), texts)) {
+                list.push_back(OfLibrary(file));
+            }
         } catch (const cli::Failure&) {
             return -1;
         }

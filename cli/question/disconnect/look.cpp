@@ -7,11 +7,12 @@
 namespace cli {
 namespace {
 
-std::vector<FileOfProcess> HeldFiles(Snapshot& snapshot) {
+std::vector<FileOfProcess> HeldFiles(const Snapshot& snapshot) {
     std::vector<FileOfProcess> files;
-    for (OpenedFile& file : snapshot.files) {
-        if (const auto pid = support::ParseNumber<pid_t>(file.getPidStr())) {
-            files.push_back({*pid, file.getFullPath(), file.getPath(), snapshot.IsDeleted(file)});
+    for (const FileRecord& file : snapshot.files) {
+        if (const auto pid = support::ParseNumber<pid_t>(file.process->pid)) {
+            files.push_back(
+                {*pid, std::string(file.fullPath), std::string(file.path), file.deleted});
         }
     }
     return files;
@@ -33,7 +34,7 @@ Question AllOf(const Question& question) {
 }  // namespace
 
 Look TakeLook(const Question& question, Gate& gate, bool withOthers) {
-    Snapshot snapshot = TakeSnapshot(question, gate);
+    const Snapshot snapshot = TakeSnapshot(question, gate);
     const std::vector<FileOfProcess> selected = HeldFiles(snapshot);
     Look look;
     look.incompleteReason = snapshot.incompleteReason;
@@ -44,8 +45,7 @@ Look TakeLook(const Question& question, Gate& gate, bool withOthers) {
     }
     std::vector<FileOfProcess> held;
     if (withOthers) {
-        Snapshot all = TakeSnapshot(AllOf(question), gate);
-        held = HeldFiles(all);
+        held = HeldFiles(TakeSnapshot(AllOf(question), gate));
     }
     look.plan = MakePlan(ReadHostFacts(), selected, held);
     return look;

@@ -4,14 +4,12 @@
 #include <fmt/format.h>
 #include <sys/types.h>
 
-#include <list>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/host/facts/user_names.h"
-#include "cli/question/columns.h"
 #include "cli/question/holders/process_source.h"
 #include "cli/question/service_names.h"
 #include "support/process_text.h"
@@ -36,7 +34,7 @@ std::map<pid_t, OpenedFile> AskLibrary(const std::vector<Holder>& rows,
             known[row.pid].setPid(std::to_string(row.pid));
         }
     }
-    std::list<OpenedFile> records;
+    LibraryFiles records;
     for (const auto& [pid, record] : known) {
         records.push_back(record);
     }

@@ -30,19 +30,27 @@ bool MayLookInto(pid_t pid) {
 /** The process whose records are being made. */
 class Process {
 public:
+    explicit Process(RecordTexts& owner) : owner_(owner) {}
+
     void Enter(pid_t pid) {
         if (pid != pid_) {
             pid_ = pid;
-            text_ = std::to_string(pid);
+            texts_ = nullptr;
             mayLookInto_ = MayLookInto(pid);
         }
     }
     bool IsShown() const { return mayLookInto_; }
-    const std::string& Pid() const { return text_; }
+    ProcessTexts* Texts() {
+        if (texts_ == nullptr) {
+            texts_ = &owner_.AddProcess({std::to_string(pid_), "", "", ""});
+        }
+        return texts_;
+    }
 
 private:
+    RecordTexts& owner_;
     pid_t pid_ = 0;
-    std::string text_;
+    ProcessTexts* texts_ = nullptr;
     bool mayLookInto_ = false;
 };
 
@@ -58,13 +66,13 @@ int FailEnumeration() {
 
 }  // namespace
 
-int IteratorSource::Next(std::list<fh::OpenedFile>& records) {
+int IteratorSource::Next(Files& records, RecordTexts& texts) {
     try {
         std::string portion;
         if (!TakePortion(portion)) {
             return 0;
         }
-        AppendRecords(portion, records);
+        AppendRecords(portion, records, texts);
         return 1;
     } catch (const std::system_error&) {
         return FailEnumeration();
@@ -90,8 +98,8 @@ bool IteratorSource::TakePortion(std::string& portion) {
     return true;
 }
 
-void IteratorSource::AppendRecords(std::string_view portion, std::list<fh::OpenedFile>& records) {
-    Process process;
+void IteratorSource::AppendRecords(std::string_view portion, Files& records, RecordTexts& texts) {
+    Process process(texts);
     std::string path;
     while (!portion.empty()) {
         const HeldFile held = TakeHeldFile(portion);
@@ -108,13 +116,11 @@ void IteratorSource::AppendRecords(std::string_view portion, std::list<fh::Opene
             NoteBareVolume(held.pid);
             continue;
         }
-        fh::OpenedFile& file = records.emplace_back();
-        file.setFullPath(path);
-        file.setPid(process.Pid());
+        FileRecord& file = records.emplace_back();
+        file.fullPath = texts.Keep(path);
+        file.process = process.Texts();
         // Nothing is named so any more that is deleted, hence nothing is a folder of that name.
-        if (S_ISDIR(held.mode) && !held.deleted) {
-            file.setIsFolder();
-        }
+        file.folder = S_ISDIR(held.mode) && !held.deleted;
     }
 }
 

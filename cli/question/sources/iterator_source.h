@@ -27,13 +27,13 @@ public:
     explicit IteratorSource(std::unique_ptr<KernelIterator> iterator)
         : iterator_(std::move(iterator)) {}
 
-    int Next(std::list<VORN::FileHandle::OpenedFile>& records) override;
+    int Next(Files& records, RecordTexts& texts) override;
     bool TellsFolders() const override { return true; }
     std::string Notice() const override;
 
 private:
     bool TakePortion(std::string& portion);
-    void AppendRecords(std::string_view portion, std::list<VORN::FileHandle::OpenedFile>& records);
+    void AppendRecords(std::string_view portion, Files& records, RecordTexts& texts);
     void NoteBareVolume(pid_t pid);
 
     std::mutex mutex_;                         /**< of what follows */

@@ -2,10 +2,9 @@
 #ifndef VORN_CLI_QUESTION_SOURCES_RECORD_SOURCE_H
 #define VORN_CLI_QUESTION_SOURCES_RECORD_SOURCE_H
 
-#include <list>
 #include <string>
 
-#include "vorn/filehandle.h"
+#include "cli/question/record.h"
 
 namespace cli {
 
@@ -25,9 +24,9 @@ public:
     RecordSource& operator=(const RecordSource&) = delete;
 
     /**
-     * Appends the records of the next portion of processes to a list.
+     * Appends the records of the next portion of processes, and what they point into.
      *
-     * - Several threads may call at the same time, each with a list of its own.
+     * - Several threads may call at the same time, each with records and texts of its own.
      * - A process is never split: one call appends all of its records, in the order of its
      *   descriptors. The order of processes does not matter.
      * - A portion is small, some milliseconds' work at most where processes allow it, so that
@@ -39,7 +38,7 @@ public:
      *         GetProcOpenedFileInVolume, when processes can't be listed
      * @throws std::bad_alloc and what else that function lets through
      */
-    virtual int Next(std::list<VORN::FileHandle::OpenedFile>& records) = 0;
+    virtual int Next(Files& records, RecordTexts& texts) = 0;
 
     /**
      * Whether records of folders have their flag already, so that their paths need not be looked at

@@ -26,6 +26,19 @@ int ListFolder(const char* path, const char* pattern, KLIBC_SZLIST** list, int o
     return kNext(path, pattern, list, options);
 }
 
+/** All of one process. */
+void Append(LibraryFiles& found, Files& records, RecordTexts& texts) {
+    if (found.empty()) {
+        return;
+    }
+    ProcessTexts& process = texts.AddProcess({found.front().getPidStr(), "", "", ""});
+    for (OpenedFile& file : found) {
+        FileRecord& record = records.emplace_back();
+        record.fullPath = texts.Keep(file.getFullPath());
+        record.process = &process;
+    }
+}
+
 }  // namespace
 
 bool WalkSource::IsOver() {
@@ -55,14 +68,16 @@ int WalkSource::TakeProcess(KLIBC_SZLIST** list, int options) {
                : KLIBCSzListPush(list, KLIBCSzListGet(processes_.get(), next_++));
 }
 
-int WalkSource::Next(std::list<VORN::FileHandle::OpenedFile>& records) {
+int WalkSource::Next(Files& records, RecordTexts& texts) {
     if (IsOver()) {
         return 0;
     }
     const OnTurn turn(*this);
     const DescriptorLinks links;
+    LibraryFiles found;
     try {
-        if (VORN::FileHandle::GetProcOpenedFileInVolume(records) >= 0) {
+        if (VORN::FileHandle::GetProcOpenedFileInVolume(found) >= 0) {
+            Append(found, records, texts);
             return 1;
         }
     } catch (...) {

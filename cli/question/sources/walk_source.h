@@ -20,7 +20,7 @@ namespace cli {
  */
 class WalkSource : public RecordSource {
 public:
-    int Next(std::list<VORN::FileHandle::OpenedFile>& records) override;
+    int Next(Files& records, RecordTexts& texts) override;
     std::string Notice() const override { return guard_.Notice(); }
 
     /** What a thread that takes a portion sees in /proc, as KLIBCFileEnumDir gives it. */

@@ -11,8 +11,6 @@
 
 namespace {
 
-using Records = std::list<VORN::FileHandle::OpenedFile>;
-
 constexpr unsigned kNobodysPid = 0x7FFFFFFF;
 
 cli::IteratorSource SourceOver(support::Descriptor records) {
@@ -48,13 +46,14 @@ void PrintTo(const Kept& kept, std::ostream* out) {
 
 /** What a source makes of records, all of this very process. */
 std::vector<Kept> KeptOf(cli::RecordSource& source) {
-    Records records;
-    while (source.Next(records) > 0) {
+    cli::Files records;
+    cli::RecordTexts texts;
+    while (source.Next(records, texts) > 0) {
     }
     std::vector<Kept> kept;
     for (auto& file : records) {
-        EXPECT_EQ(file.getPidStr(), std::to_string(getpid()));
-        kept.push_back({file.getFullPath(), file.isFolder()});
+        EXPECT_EQ(file.process->pid, std::to_string(getpid()));
+        kept.push_back({std::string(file.fullPath), file.folder});
     }
     return kept;
 }
@@ -109,11 +108,12 @@ TEST(IteratorSource, LeavesOutProcessesThatProcDoesNotShow) {
 TEST(IteratorSource, FailsOnceAndIsOverThen) {
     cli::IteratorSource source =
         SourceOver(support::Descriptor(open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC)));
-    Records records;
+    cli::Files records;
+    cli::RecordTexts texts;
     KLIBCErrSetEx(KLIBC_ERR_INTERNAL, "test", 1);
-    EXPECT_EQ(source.Next(records), -1);
+    EXPECT_EQ(source.Next(records, texts), -1);
     EXPECT_EQ(KLIBCErrGet(), KLIBC_ERR_RESOURCE);
-    EXPECT_EQ(source.Next(records), 0);
+    EXPECT_EQ(source.Next(records, texts), 0);
     EXPECT_TRUE(records.empty());
 }
 

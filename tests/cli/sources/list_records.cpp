@@ -24,38 +24,43 @@
 
 namespace {
 
-using Records = std::list<VORN::FileHandle::OpenedFile>;
-
 cli::SourceKind KindOf(const char* name) {
     return std::strcmp(name, "walk") == 0   ? cli::SourceKind::kWalk
            : std::strcmp(name, "auto") == 0 ? cli::SourceKind::kAuto
                                             : cli::SourceKind::kIterator;
 }
 
-void Take(cli::RecordSource& source, Records& records, int& result) {
+/** What one thread takes. */
+struct Taken {
+    cli::Files files;
+    cli::RecordTexts texts;
+    int result = 0;
+};
+
+void Take(cli::RecordSource& source, Taken& taken) {
     do {
-        result = source.Next(records);
-    } while (result > 0);
+        taken.result = source.Next(taken.files, taken.texts);
+    } while (taken.result > 0);
 }
 
 int List(cli::RecordSource& source, size_t threads) {
-    std::vector<Records> records(threads);
-    std::vector<int> results(threads);
+    std::vector<Taken> taken(threads);
     std::vector<std::thread> running;
     for (size_t i = 1; i < threads; ++i) {
-        running.emplace_back(Take, std::ref(source), std::ref(records[i]), std::ref(results[i]));
+        running.emplace_back(Take, std::ref(source), std::ref(taken[i]));
     }
-    Take(source, records[0], results[0]);
+    Take(source, taken[0]);
     for (std::thread& each : running) {
         each.join();
     }
-    for (size_t i = 0; i < threads; ++i) {
-        if (results[i] < 0) {
+    for (const Taken& each : taken) {
+        if (each.result < 0) {
             std::fputs("a thread has failed\n", stderr);
             return 2;
         }
-        for (auto& file : records[i]) {
-            std::printf("%s %s%c", file.getPidStr().c_str(), file.getFullPath().c_str(), 0);
+        for (const cli::FileRecord& file : each.files) {
+            std::printf("%s %.*s%c", file.process->pid.c_str(),
+                        static_cast<int>(file.fullPath.size()), file.fullPath.data(), 0);
         }
     }
     std::fputs(source.Notice().c_str(), stderr);
