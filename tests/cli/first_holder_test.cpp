@@ -113,15 +113,18 @@ TEST_F(FirstHolder, EndsThePassesOfTheKernel) {
 TEST_F(FirstHolder, MayBeOneOfAMapping) {
     const Child other = HolderOf("other");
     vorn_record head{};
-    std::string mapped = RecordOf(other.Pid(), "asked", 0);
-    std::memcpy(&head, mapped.data(), sizeof(head));
+    std::memcpy(&head, RecordOf(other.Pid(), "asked", 0).data(), sizeof(head));
     head.begin = 4096;
     head.end = 8192;
-    mapped = Record(head, Path("asked")) + Others(other.Pid());
+    const std::string mapped = Record(head, Path("asked")) + Others(other.Pid());
     const auto found = Find({other.Pid()}, "", Wanted::kWhether, SourceKind::kAuto, mapped);
     ASSERT_EQ(found.rows.size(), 1U);
     EXPECT_EQ(found.rows.front().reason, cli::Reason::kMapping);
     EXPECT_EQ(BytesRead(mappings_), kOneRead);
+    // Though the other pass has failed.
+    const std::string cut = RecordOf(other.Pid(), "other") + "x";
+    EXPECT_EQ(Find({other.Pid()}, cut, Wanted::kWhether, SourceKind::kIterator, mapped).rows.size(),
+              1U);
 }
 
 TEST_F(FirstHolder, IsNobodyWhoDoesNotCountAndNothingThatTakesAFurtherLook) {
@@ -139,7 +142,9 @@ TEST_F(FirstHolder, IsNobodyWhoDoesNotCountAndNothingThatTakesAFurtherLook) {
 
 TEST_F(FirstHolder, EndsTheWalk) {
     const Child one = HolderOf("asked");
-    const Child other = HolderOf("asked");
+    const Child other([this] {
+        EXPECT_EQ(chdir(std::filesystem::path(Path("asked")).parent_path().c_str()), 0);
+    });
     const std::vector pids = {one.Pid(), other.Pid()};
     const auto found = [&](Wanted wanted) {
         return Find(pids, "", wanted, SourceKind::kWalk).rows;

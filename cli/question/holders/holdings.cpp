@@ -40,7 +40,7 @@ KernelIterator::Scope ScopeOf(const Targets& targets, Wanted wanted, bool socket
 std::optional<Holdings> Holdings::Read(KernelIterator& iterator, Decision& decision) {
     Holdings holdings;
     try {
-        for (std::string records; !decision.IsMade() && iterator.ReadRecords(records);) {
+        for (std::string records; iterator.ReadRecords(records);) {
             std::string_view rest = holdings.portions_.emplace_back(std::move(records));
             while (!rest.empty()) {
                 const HeldFile file = TakeHeldFile(rest);
