@@ -10,12 +10,14 @@
 # A clean root is a Debian of that release with what the packages are built with, and lintian. It has
 # the folder of the project at the path that it has here; whatever else is written in it is gone with it.
 # What clean roots begin with, and what the compiler has made, is kept beside the images of scripts/vm.sh
-# (VORN_VM_CACHE): once they are there nothing needs a network.
+# (VORN_VM_CACHE): once they are there, and the page's packages in cockpit/node_modules, nothing needs a
+# network.
 #
 # For tests: VORN_PACKAGE_TARGET is a folder in the project's instead of build/packages/RELEASE; the build
 # has VORN_PACKAGE_FOLDER, VORN_PACKAGE_UMASK, TZ and CCACHE_NAMESPACE.
 #
-# Needs root, git and debootstrap (the groups build and vm of scripts/install-deps.sh).
+# Needs root, git, debootstrap, node, npm and mandoc (the groups build, vm and page of
+# scripts/install-deps.sh).
 set -euo pipefail
 
 self=$(realpath "$0")
@@ -56,7 +58,8 @@ fill_tree() { # PACKAGE...
 make_tree() {
     local packages checksum lock
     mapfile -t packages < <(build_dependencies)
-    packages+=(build-essential ccache lintian)
+    # The last one is what the page's package stands on where it is tried.
+    packages+=(build-essential ccache lintian cockpit-bridge)
     checksum=$(cat - "$scripts/vm/tree.sh" <<<"${packages[*]}" | sha256sum)
     mkdir -p "$cache"
     exec {lock}>"$tree.lock"
@@ -90,15 +93,33 @@ enter() { # COMMAND [ARG...]
 
 # --- The build -----------------------------------------------------------------------------------
 
-# What git has or would take, as it lies here; the same files are the same bytes.
+# The same files are the same bytes.
+pack() { # ARCHIVE ARG...
+    tar --create --xz --file "$1" --sort=name \
+        --mtime="@$(dpkg-parsechangelog -l "$project/debian/changelog" -S Timestamp)" \
+        --owner=0 --group=0 --numeric-owner --mode=u=rwX,go=rX "${@:2}"
+}
+
+# What git has or would take, as it lies here.
 archive() { # ARCHIVE FOLDER [PATHSPEC...]
     git -C "$project" ls-files -z --cached --others --exclude-standard -- "${@:3}" |
         while IFS= read -r -d '' file; do
             [[ ! -e $project/$file ]] || printf '%s\0' "$file"
         done |
-        tar --create --xz --file "$1" --directory "$project" --null --files-from - --sort=name \
-            --mtime="@$(dpkg-parsechangelog -l "$project/debian/changelog" -S Timestamp)" \
-            --owner=0 --group=0 --numeric-owner --mode=u=rwX,go=rX --transform "s,^,$2,"
+        pack "$1" --directory "$project" --null --files-from - --transform "s,^,$2,"
+}
+
+# A clean root has no way to the packages that the page is built of: see debian/README.source.
+archive_page() { # ARCHIVE
+    local page=$project/cockpit built=$target/page program
+    for program in node npm mandoc; do
+        command -v "$program" >/dev/null || fail "the page needs $program: scripts/install-deps.sh page"
+    done
+    [[ ! $page/node_modules/.package-lock.json -ot $page/package-lock.json ]] ||
+        npm --prefix "$page" ci --no-progress >"$target/npm.log" 2>&1 || fail "$(cat "$target/npm.log")"
+    node "$page/build.mjs" "$built"
+    pack "$1" --directory "$built" --transform 's,^\.,cockpit-page,' .
+    rm -r "$built"
 }
 
 build() { # [SUFFIX]
@@ -111,6 +132,7 @@ build() { # [SUFFIX]
     rm -rf "$target"
     mkdir -p "$target"
     archive "$target/$upstream.orig.tar.xz" "${upstream/_/-}/" . ':!debian'
+    archive_page "$target/$upstream.orig-cockpit-page.tar.xz"
     archive "$target/debian.tar.xz" '' debian
     log=$target/build.log
     enter "$scripts/package/build.sh" "$target" "$upstream" "$version~${numbers[$release]}${1-}" \

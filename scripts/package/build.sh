@@ -17,9 +17,10 @@ umask "${VORN_PACKAGE_UMASK:-022}"
 
 mkdir -p "$folder"
 cd "$folder"
-cp "$target/$upstream.orig.tar.xz" .
+cp "$target/$upstream".orig*.tar.xz .
 tar --extract --no-same-permissions --file "$upstream.orig.tar.xz"
 cd "${upstream/_/-}"
+tar --extract --no-same-permissions --file "../$upstream.orig-cockpit-page.tar.xz"
 tar --extract --no-same-permissions --file "$target/debian.tar.xz"
 chmod --recursive u=rwX,go=rX debian # The source package has their modes.
 sed -i "1s/(.*)/($version)/" debian/changelog

@@ -6,8 +6,8 @@ set -euo pipefail
 
 packages=$1
 tests=$(dirname "$(realpath "$0")")
-names=(libvornfilehandle-dev libvornfilehandle7 libvornplatform1 vorn-openfiles vorn-services
-    vorn-slices)
+names=(cockpit-vorn-openfiles libvornfilehandle-dev libvornfilehandle7 libvornplatform1 vorn-openfiles
+    vorn-services vorn-slices)
 metrics=/var/lib/prometheus/node-exporter
 wants=/etc/systemd/system
 
@@ -46,6 +46,10 @@ try_command() {
     grep 'no data volume is mounted' <<<"$said" || fail "the command says nothing: $said"
 }
 
+try_page() {
+    cockpit-bridge --packages | grep '^vorn-openfiles\b.*Open files' || fail "Cockpit doesn't know the page"
+}
+
 try_development() {
     # shellcheck disable=SC2046 # flags are words
     c++ -std=c++17 "$tests/../package/consumer/own_operation.cpp" -o /tmp/own_operation \
@@ -76,6 +80,7 @@ echo "$said"
 [[ $(grep -c 'next start on\|systemctl restart' <<<"$said") -eq 2 ]] ||
     fail "nobody is told what takes effect when"
 try_command
+try_page
 try_development
 enable_units
 # The same again is an upgrade to maintainer scripts.

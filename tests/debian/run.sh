@@ -4,7 +4,7 @@
 #   tests/debian/run.sh RELEASE [CHECK...]
 #
 #   lintian        says nothing, not even a hint, that isn't overridden with a reason
-#   files          the libraries in the packages keep what they promise
+#   files          the libraries in the packages keep what they promise, the page is what its sources give
 #   life           installed, upgraded, removed and purged, they leave nothing
 #   reproducible   built elsewhere, they are the same bytes
 #
@@ -42,7 +42,11 @@ check_files() {
     for library in "$unpacked"/usr/lib/*/lib*.so.*.0 "$unpacked"/usr/sbin/*; do
         ! readelf --dynamic "$library" | grep -E 'R(UN)?PATH' || fail "$library has a path of its own"
     done
-    rm -r "$unpacked"
+    # What was built before the clean root is there, whole and unchanged.
+    node "$project/cockpit/build.mjs" "$packages/page"
+    diff --recursive "$packages/page" "$unpacked/usr/share/cockpit/vorn-openfiles" ||
+        fail "the page isn't what its sources give"
+    rm -r "$unpacked" "$packages/page"
 }
 
 check_life() {
