@@ -67,8 +67,8 @@ phase_page() {
     quietly node cockpit/build.mjs
     quietly node --test tests/page/unit/*.test.mjs
     if [[ $EUID -eq 0 ]]; then
-        VORN_BUILD_FOLDER=$PWD/build/release quietly scripts/sample-host.sh \
-            node --test --test-concurrency=1 tests/page/browser/*.test.mjs
+        printf '%s\0' tests/page/browser/*.test.mjs | VORN_BUILD_FOLDER=$PWD/build/release \
+            quietly xargs -0 -P "$jobs" -n 1 scripts/sample-host.sh node --test
     else
         echo "  skipped the browser: a sample host needs root" >&2
         echo 1 >>"$counter"

@@ -28,6 +28,14 @@ export const detailsCommand = record =>
 export const totalCommand = () => [PROGRAM, "--count-by", "service", ...PATIENCE, "--json", "--schema", "2"];
 export const checkCommand = () => [PROGRAM, "check", ...PATIENCE, "--json"];
 export const busyCommand = path => [PROGRAM, "busy", "--json", ...PATIENCE, "--", path];
+/**
+ * Ends the connections that hold these records, or tells what that would take. A process of that
+ * number that serves another host by now is none of them.
+ */
+export const disconnectCommand = (records, { dry }) =>
+    [PROGRAM, "disconnect", dry ? "--dry-run" : "--yes", "--json", ...PATIENCE,
+        ...["pid", "host"].flatMap(column => [...new Set(records.map(record => record[column]))]
+            .flatMap(value => ["--where", `${column}=${value}`]))];
 
 /**
  * What a record tells, in the order of the table. Those that are "facets" are counted and chosen;
@@ -56,13 +64,15 @@ export const NONE = "-";
 // No text has it, so that nothing is found across two of them.
 const BETWEEN = "\u0000";
 
+/** What the command itself tells one record from another by. */
+const idOf = file => `${file.pid}:${file.full_path_b64 ?? file.full_path}`;
+
 /** A record of the page from one of the command. Numbers may be null, facts may not have been asked. */
 export function recordOf(file) {
     const user = file.user ?? NONE;
     const host = file.host ?? NONE;
     return {
-        // What the command itself tells one record from another by.
-        id: `${file.pid}:${file.full_path_b64 ?? file.full_path}`,
+        id: idOf(file),
         service: file.service,
         user,
         host,
@@ -154,6 +164,27 @@ export function missingOf(text) {
 export function busyOf(text) {
     const { state, reasons, notes, holders } = JSON.parse(text);
     return { state, reasons, notes, holders };
+}
+
+/**
+ * The end of connections, planned or over: its state, why something may be missing, the connections
+ * with what they hold of the records and beside these, what is left alone, and files that others
+ * have taken up meanwhile.
+ */
+export function disconnectionOf(text, records) {
+    const { state, reason = "", connections, left_alone: leftAlone, held_since: heldSince } = JSON.parse(text);
+    const chosen = new Set(records.map(({ id }) => id));
+    const isChosen = file => chosen.has(idOf(file));
+    return {
+        state,
+        reason,
+        connections: connections.map(({ selected, others, ...connection }) => {
+            const files = [...selected, ...others];
+            return { ...connection, chosen: files.filter(isChosen), others: files.filter(file => !isChosen(file)) };
+        }),
+        leftAlone,
+        heldSince,
+    };
 }
 
 /** The folder that a record's share is, or nothing where its path doesn't tell. */

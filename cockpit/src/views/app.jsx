@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 import { useEffect, useMemo, useRef, useState } from "preact/hooks";
 import { useAddress } from "../address.js";
+import { chosenOf, NOTHING } from "../choice.js";
 import { factsFor, folderOfShare } from "../command.js";
 import { groupsOf, select as selectRecords } from "../facets.js";
 import { _, plural } from "../i18n.js";
@@ -9,6 +10,7 @@ import { cleared, isNarrowed, narrowed } from "../selection.js";
 import { Superuser } from "../superuser.js";
 import { BusyDialog } from "./busy.jsx";
 import { Details } from "./details.jsx";
+import { DisconnectDialog } from "./disconnect.jsx";
 import { Chips, Facets } from "./facets.jsx";
 import { Help } from "./help.jsx";
 import { plainValue } from "./name.jsx";
@@ -24,6 +26,8 @@ export function App({ cockpit, createLive }) {
     const [opened, setOpened] = useState(null);
     const [asking, setAsking] = useState(false);
     const [filters, setFilters] = useState(false);
+    const [choice, choose] = useState(NOTHING);
+    const [ending, setEnding] = useState(null);
 
     useEffect(() => live.want(factsFor(selection.columns, selection.group !== "")),
               [selection.columns, selection.group]);
@@ -32,6 +36,7 @@ export function App({ cockpit, createLive }) {
                            [records, selection.sort, selection.descending]);
     const { shown, counts } = useMemo(() => selectRecords(sorted, selection),
                                       [sorted, selection.search, selection.chosen]);
+    const chosen = useMemo(() => chosenOf(shown, choice), [shown, choice]);
     const retry = () => live.start();
 
     if (live.state === "failed" && records.length === 0) {
@@ -56,17 +61,28 @@ export function App({ cockpit, createLive }) {
                         {_("Filters")}
                     </Button>
                 </span>
+                {chosen.length > 0 && allowed && (
+                    <>
+                        <span>{plural("$0 chosen", "$0 chosen", chosen.length)}</span>
+                        <Button kind="danger" small onClick={() => setEnding(chosen)}>{_("Disconnect")}</Button>
+                    </>
+                )}
             </div>
             <div class={`panels${filters ? " with-filters" : ""}${opened ? " with-details" : ""}`}>
                 <Facets counts={counts} selection={selection} select={select} />
-                <Content live={live} records={records} shown={shown} counts={counts} selection={selection}
-                         select={select} opened={opened?.id} open={setOpened} />
-                {opened && <Details cockpit={cockpit} record={opened} records={records} open={setOpened} close={close} />}
+                <Content live={live} records={records} shown={shown} selection={selection} select={select}
+                         opened={opened?.id} open={setOpened}
+                         choice={allowed && { ids: choice, count: chosen.length, choose }} />
+                {opened && (
+                    <Details cockpit={cockpit} record={opened} records={records} open={setOpened} close={close}
+                             disconnect={allowed && (() => setEnding([opened]))} />
+                )}
             </div>
             {asking && (
                 <BusyDialog cockpit={cockpit} records={records} path={placeOf(shown, selection)}
                             onClose={() => setAsking(false)} />
             )}
+            {ending && <DisconnectDialog cockpit={cockpit} records={ending} onClose={() => setEnding(null)} />}
         </Page>
     );
 }
@@ -80,7 +96,7 @@ function Page({ children }) {
     );
 }
 
-function Content({ live, records, shown, counts, selection, select, opened, open }) {
+function Content({ live, records, shown, selection, select, ...table }) {
     if (shown.length === 0) {
         return live.state === "looking" && records.length === 0 ? <Looking />
             : <Nothing narrowed={isNarrowed(selection)} incomplete={live.incomplete}
@@ -90,7 +106,7 @@ function Content({ live, records, shown, counts, selection, select, opened, open
         return <Groups facet={selection.group} groups={groupsOf(shown, selection.group)} valueOf={value => <bdi>{plainValue(value)}</bdi>}
                        onChoose={value => select(narrowed(selection, selection.group, value))} />;
     }
-    return <Table records={shown} selection={selection} select={select} opened={opened} open={open} />;
+    return <Table records={shown} selection={selection} select={select} {...table} />;
 }
 
 function countOpen(records) {

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 import { useEffect, useRef, useState } from "preact/hooks";
 import { busyCommand, busyOf, failureOf, folderOfShare, volumeOf } from "../command.js";
-import { _, format, plural } from "../i18n.js";
+import { _, format } from "../i18n.js";
 import { plainOf } from "../names.js";
 import { Name } from "./name.jsx";
 import { Alert, Button, Dialog, Spinner } from "./parts.jsx";
+import { FileNames, Rows } from "./rows.jsx";
 
 // Between two questions while it is waited.
 const PAUSE = 2000;
-// Holders and files that are listed.
-const HOLDERS = 200;
-const FILES = 5;
 
 /** Asks what keeps a volume or a share in use, again and again until nothing does where wished. */
 export function BusyDialog({ cockpit, records, path: first, onClose }) {
@@ -126,44 +124,17 @@ function Answer({ answer, path, waiting }) {
 }
 
 function Holders({ holders }) {
+    const heads = [_("Reason"), _("Process"), _("User"), _("Host"), _("Files")];
     return (
-        <table class="pf-v6-c-table pf-m-compact" aria-label={_("What keeps it in use")}>
-            <thead class="pf-v6-c-table__thead">
-                <tr class="pf-v6-c-table__tr">
-                    {[_("Reason"), _("Process"), _("User"), _("Host"), _("Files")].map(label => (
-                        <th key={label} scope="col" class="pf-v6-c-table__th">{label}</th>
-                    ))}
-                </tr>
-            </thead>
-            <tbody class="pf-v6-c-table__tbody">
-                {holders.slice(0, HOLDERS).map((holder, index) => <Holder key={index} holder={holder} />)}
-            </tbody>
-        </table>
-    );
-}
-
-function Holder({ holder }) {
-    const { reason, pid, command, device, user, owner, host, files } = holder;
-    return (
-        <tr class="pf-v6-c-table__tr">
-            <td class="pf-v6-c-table__td">{reasonLabel(reason)}</td>
-            <td class="pf-v6-c-table__td">
-                {pid === "-" ? <Name text={device} bytes={holder.device_b64} />
-                    : <><Name text={command} bytes={holder.command_b64} /> ({pid})</>}
-            </td>
-            <td class="pf-v6-c-table__td">
-                {user === "-" ? <Name text={owner} bytes={holder.owner_b64} />
-                    : <Name text={user} bytes={holder.user_b64} />}
-            </td>
-            <td class="pf-v6-c-table__td"><Name text={host} bytes={holder.host_b64} /></td>
-            <td class="pf-v6-c-table__td">
-                {files.slice(0, FILES).map((file, index) => (
-                    <div key={index} class="held-file"><Name text={file.path} bytes={file.path_b64} /></div>
-                ))}
-                {files.length > FILES
-                    && plural("and $0 more", "and $0 more", files.length - FILES)}
-            </td>
-        </tr>
+        <Rows label={_("What keeps it in use")} heads={heads} rows={holders.map(holder => [
+            reasonLabel(holder.reason),
+            holder.pid === "-" ? <Name text={holder.device} bytes={holder.device_b64} />
+                : <><Name text={holder.command} bytes={holder.command_b64} /> ({holder.pid})</>,
+            holder.user === "-" ? <Name text={holder.owner} bytes={holder.owner_b64} />
+                : <Name text={holder.user} bytes={holder.user_b64} />,
+            <Name text={holder.host} bytes={holder.host_b64} />,
+            <FileNames files={holder.files} />,
+        ])} />
     );
 }
 

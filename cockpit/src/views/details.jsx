@@ -3,7 +3,7 @@ import { useEffect, useRef, useState } from "preact/hooks";
 import { detailsCommand, detailsOf, filenameOf, NONE } from "../command.js";
 import { _, columnLabel, format, plural } from "../i18n.js";
 import { Cell, Name } from "./name.jsx";
-import { CloseButton } from "./parts.jsx";
+import { Button, CloseButton } from "./parts.jsx";
 
 const SHOWN = [
     "service", "user", "host", "share", "command", "pid", "owner", "unit", "started", "mode", "size",
@@ -12,7 +12,7 @@ const SHOWN = [
 const OTHERS = 50;
 
 /** Everything about one record, beside the table. */
-export function Details({ cockpit, record: listed, records, open, close }) {
+export function Details({ cockpit, record: listed, records, open, close, disconnect }) {
     const panel = useRef();
     const record = useDetails(cockpit, listed);
     useEffect(() => panel.current.focus(), [record.id]);
@@ -41,6 +41,9 @@ export function Details({ cockpit, record: listed, records, open, close }) {
                     </Term>
                 )}
             </dl>
+            {disconnect && isClient(record) && (
+                <Button kind="danger" small onClick={disconnect}>{_("Disconnect")}</Button>
+            )}
             <Others record={record} records={records} open={open} />
         </aside>
     );
@@ -92,11 +95,10 @@ function Others({ record, records, open }) {
     if (others.length === 0) {
         return null;
     }
-    const isClient = record.user !== NONE || record.host !== NONE;
     return (
         <section>
             <h3 class="pf-v6-c-title pf-m-md">
-                {isClient
+                {isClient(record)
                     ? plural("$0 other file of this connection", "$0 other files of this connection", others.length)
                     : plural("$0 other file of this process", "$0 other files of this process", others.length)}
             </h3>
@@ -111,6 +113,10 @@ function Others({ record, records, open }) {
             </ul>
         </section>
     );
+}
+
+function isClient(record) {
+    return record.user !== NONE || record.host !== NONE;
 }
 
 function isSameConnection(a, b) {

@@ -54,13 +54,14 @@ export class Host {
     }
 }
 
-/** Cockpit's web server on a port of its own; gives {address, stop}. */
-export async function startCockpit({ user, login = false } = {}) {
+/** Cockpit's web server on a port of its own; gives {address, stop}. An agent lets it in elsewhere. */
+export async function startCockpit({ user, login = false, agent } = {}) {
     const port = await freePort();
     const local = login ? [] : ["--local-session=cockpit-bridge"];
     const command = ["/usr/lib/cockpit/cockpit-ws", ...local, "--no-tls", "-a", "127.0.0.1", "-p", String(port)];
     const whole = user ? ["/usr/sbin/runuser", "-u", user, "--", ...command] : command;
-    const server = spawn(whole[0], whole.slice(1), { stdio: ["ignore", "inherit", "inherit"], detached: true });
+    const env = { ...process.env, ...(agent && { SSH_AUTH_SOCK: agent }) };
+    const server = spawn(whole[0], whole.slice(1), { env, stdio: ["ignore", "inherit", "inherit"], detached: true });
     await until(() => accepts(port), "Cockpit to listen");
     const stop = async () => {
         if (server.exitCode !== null) {

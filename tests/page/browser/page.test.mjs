@@ -5,68 +5,19 @@ import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
 import { readFile, rename, writeFile } from "node:fs/promises";
 import { after, afterEach, before, beforeEach, describe, test } from "node:test";
-import { Host, packages, startBrowser, startCockpit, until } from "./host.mjs";
 import { membersWith } from "../../../cockpit/src/command.js";
-import { openPage, openShell, pathsIn, rowOf, screenshot, watchers } from "./page.mjs";
-
-const COMMAND = "/usr/sbin/vorn-openfiles";
-
-let host;
-let cockpit;
-let browser;
-let page;
-let complaints;
-
-before(async () => {
-    host = await Host.start();
-    browser = await startBrowser();
-});
-
-after(async () => {
-    await browser?.close();
-    await host?.stop();
-});
-
-// One for each: a session that nobody has a page of for a while is ended for good.
-beforeEach(async () => {
-    complaints = [];
-    cockpit = await startCockpit();
-});
-
-afterEach(async () => {
-    await page?.context().close();
-    await cockpit.stop();
-    await host.do("end_all");
-    page = null;
-    // Nothing was refused by the security policy, nothing was thrown.
-    assert.deepEqual(complaints, []);
-});
-
-async function open(options = {}) {
-    page = await openPage(browser, options.address ?? cockpit.address, complaints, options);
-    return page;
-}
-
-const hold = files => host.do("hold", { files });
-const click = name => page.getByRole("button", { name, exact: true }).click();
-const facet = name => page.getByRole("checkbox", { name });
-
-async function expectPaths(wanted) {
-    // The page may be about to be loaded again.
-    const paths = () => pathsIn(page).catch(() => []);
-    try {
-        await until(async () => (await paths()).join() === wanted.join(), "rows", 30000);
-    } catch {
-        assert.deepEqual(await paths(), wanted);
-    }
-}
+import { startCockpit, until } from "./host.mjs";
+import { openShell, pathsIn, rowOf, screenshot, watchers } from "./page.mjs";
+import {
+    browser, checkAccessibility, click, COMMAND, complaints, expectPaths, facet, hold, host, keep, open, page,
+} from "./stage.mjs";
 
 describe("the table", () => {
     test("tells service, user, host, share and path of a real client", async () => {
-        await host.do("smb", { user: "alice", client: "127.0.0.2", share: "share", name: "report.odt" });
+        await host.do("smb", { user: "alice", client: "127.0.0.2", share: "share", names: ["report.odt"] });
         await open();
         await rowOf(page, "share/report.odt").waitFor();
-        const cells = await page.locator("tr.record td").allInnerTexts();
+        const cells = await page.locator("tr.record td[data-column]").allInnerTexts();
         assert.deepEqual(cells.map(cell => cell.trim()), ["SMB", "alice", "127.0.0.2", "share", "share/report.odt"]);
     });
 
@@ -181,7 +132,7 @@ describe("a record", () => {
             [`<img src=x onerror=alert(${index})>`, `\u202e${index}gpj.exe`, `a\nb${index}`, `\u001b[31m${index}`,
              `'"&amp;${index}`, `${index} \u200b\u2066`][index % 6]);
         await hold(names.map(name => `/volume1/photo/${name}`).concat("/volume1/photo/raw-\udcff\udcc3"));
-        page = await open({ height: 4000 });
+        await open({ height: 4000 });
         page.on("dialog", () => complaints.push("a dialogue"));
         await page.getByRole("searchbox").fill("gpj");
         await rowOf(page, "photo/\\u{202E}1gpj.exe").waitFor();
@@ -293,8 +244,8 @@ describe("everybody", () => {
                      narrow: { colorScheme: "light", width: 390 } };
     for (const [name, options] of Object.entries(themes)) {
         test(`can read it: ${name}`, async () => {
-            await host.do("smb", { user: "alice", client: "127.0.0.2", share: "share", name: "report.odt" });
-            await host.do("smb", { user: "bob", client: "127.0.0.3", share: "photo", name: "beach.jpg" });
+            await host.do("smb", { user: "alice", client: "127.0.0.2", share: "share", names: ["report.odt"] });
+            await host.do("smb", { user: "bob", client: "127.0.0.3", share: "photo", names: ["beach.jpg"] });
             await hold(["/volume1/photo/2026/שלום.jpg", "/volume1/share/minutes.txt"]);
             await open({ ...options, keepHelp: true });
             await page.getByText("What this page shows").waitFor();
@@ -318,12 +269,6 @@ describe("everybody", () => {
         await click("Is it free?");
         await checkAccessibility();
     });
-
-    async function checkAccessibility() {
-        await page.evaluate(await readFile(packages.resolve("axe-core/axe.min.js"), "utf8"));
-        const { violations } = await page.evaluate(() => globalThis.axe.run(document));
-        assert.deepEqual(violations.map(({ id, nodes }) => [id, nodes.map(node => node.html)]), []);
-    }
 
     for (const [language, title, service] of [["de", "Offene Dateien", "Interner Dienst"],
                                               ["ja", "開いているファイル", "内部サービス"],
@@ -369,6 +314,19 @@ describe("what the host can't answer", () => {
         await page.getByText("The command vorn-openfiles is too old").waitFor();
     });
 
+    test("because the command was cut off in mid-stream is said, and what came before is kept", async () => {
+        const paths = Array.from({ length: 20 }, (_, index) => `photo/${index + 10}`);
+        await hold(paths.map(path => `/volume1/${path}`));
+        await instead(`case "$*" in *--watch*) ${COMMAND}.away "$@" | head -c 900; kill -KILL $$;; esac\n`
+            + `exec ${COMMAND}.away "$@"`);
+        await page.getByText("These files are no longer followed").waitFor();
+        const kept = await pathsIn(page);
+        assert.ok(kept.length > 0 && kept.length < paths.length, kept.join());
+        await writeFile(COMMAND, `#!/bin/sh\nexec ${COMMAND}.away "$@"\n`, { mode: 0o755 });
+        await click("Look again");
+        await expectPaths(paths);
+    });
+
     test("because of its own troubles is said with what is missing", async () => {
         const check = JSON.stringify({ schema: 1, ready: false, checks: [
             { subject: "x", state: "missing", text: "it is broken", advice: "mend it" }] });
@@ -407,6 +365,7 @@ describe("rights", () => {
             await click("Authenticate");
             await expectPaths(["photo/of-root"]);
             await page.getByRole("button", { name: "Is it free?" }).waitFor();
+            await page.getByRole("checkbox", { name: "Choose all" }).waitFor();
             assert.equal(await page.getByText("Some open files may be missing here").count(), 0);
         } finally {
             await page.close();
@@ -422,7 +381,7 @@ describe("in Cockpit's own frame, after a login by PAM", () => {
         await hold(["/volume1/photo/of-root"]);
         const real = await startCockpit({ login: true });
         try {
-            page = await openShell(browser, real.address, "alice", "secret-of-tests");
+            keep(await openShell(browser, real.address, "alice", "secret-of-tests"));
             await page.getByRole("link", { name: "Open files" }).click();
             const inner = page.frameLocator("iframe[src*='/vorn-openfiles/']");
             await inner.getByText("No open file can be seen").waitFor();

@@ -2,7 +2,8 @@
 import assert from "node:assert/strict";
 import { test } from "node:test";
 import {
-    busyOf, changeOf, detailsOf, documentOf, factsFor, failureOf, filenameOf, folderOfShare, lackOf, missingOf, totalOf, volumeOf,
+    busyOf, changeOf, detailsOf, disconnectCommand, disconnectionOf, documentOf, factsFor, failureOf, filenameOf,
+    folderOfShare, lackOf, missingOf, totalOf, volumeOf,
 } from "../../../cockpit/src/command.js";
 import { fileOf, sample } from "./samples.mjs";
 
@@ -101,4 +102,29 @@ test("a share's folder and volume are told from the two paths", () => {
     assert.equal(folderOfShare(sample({ path: "pictures", full_path: "/volume2/photo" })), "/volume2/photo");
     assert.equal(folderOfShare(sample({ path: "a/b", full_path: "/volume2/else" })), "");
     assert.equal(folderOfShare(sample({ full_path_b64: "/w==" })), "");
+});
+
+test("connections are ended by process and host, each named once", () => {
+    const records = [sample(), sample({ path: "photo/b" }), sample({ pid: 13, host: null })];
+    assert.deepEqual(disconnectCommand(records, { dry: true }), [
+        "vorn-openfiles", "disconnect", "--dry-run", "--json", "--timeout", "10", "--where", "pid=12", "--where",
+        "pid=13", "--where", "host=10.0.0.1", "--where", "host=-"]);
+    assert.equal(disconnectCommand(records, { dry: false })[2], "--yes");
+});
+
+test("what goes with chosen files is told from them, by the path's bytes", () => {
+    const file = (pid, path, more) => ({ pid: String(pid), path, full_path: `/volume1/${path}`, deleted: false, ...more });
+    const raw = { full_path: "/volume1/\ufffd", full_path_b64: btoa("/volume1/\xff") };
+    const otherRaw = { ...raw, full_path_b64: btoa("/volume1/\xfe") };
+    const document = {
+        schema: 1, state: "planned", complete: false, reason: "why", left_alone: [{ pid: "9" }], held_since: [],
+        connections: [{ service: "SMB", state: "planned", selected: [file(12, "a"), file(12, "b"), file(12, "r", raw)],
+                        others: [file(13, "a"), file(12, "r", otherRaw)] }],
+    };
+    const chosen = [sample({ path: "a" }), sample({ path: "r", ...raw })];
+    const { connections: [connection], ...told } = disconnectionOf(JSON.stringify(document), chosen);
+    assert.deepEqual(told, { state: "planned", reason: "why", leftAlone: [{ pid: "9" }], heldSince: [] });
+    assert.deepEqual(connection.chosen, [file(12, "a"), file(12, "r", raw)]);
+    assert.deepEqual(connection.others, [file(12, "b"), file(13, "a"), file(12, "r", otherRaw)]);
+    assert.equal(connection.service, "SMB");
 });

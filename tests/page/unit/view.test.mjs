@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 import assert from "node:assert/strict";
 import { test } from "node:test";
+import { chosenOf, withAll, withOne } from "../../../cockpit/src/choice.js";
 import { toCsv } from "../../../cockpit/src/export.js";
 import { groupsOf, ranked, select } from "../../../cockpit/src/facets.js";
 import { Lines } from "../../../cockpit/src/lines.js";
@@ -46,7 +47,8 @@ test("values of one facet add up, facets narrow one another", () => {
 });
 
 test("a count says what one more choice would give", () => {
-    const { counts } = select(RECORDS, choose(["user", "bob"], ["share", "photo"]));
+    const neither = sample({ path: "music/d", user: "alice" });
+    const { counts } = select([...RECORDS, neither], choose(["user", "bob"], ["share", "photo"]));
     assert.deepEqual(ranked(counts.user), [["alice", 1], ["bob", 1]]);
     assert.deepEqual(ranked(counts.share), [["music", 1], ["photo", 1]]);
     assert.deepEqual(ranked(counts.host), [["h1", 1]]);
@@ -136,4 +138,26 @@ test("CSV quotes what would end a cell or a row", () => {
     const record = sample({ path: 'a,"b"\nc', user: "bob" });
     assert.equal(toCsv([record], ["user", "path"]), 'user,path\nbob,"a,""b""\nc"\n');
     assert.equal(toCsv([sample({ size: null })], ["pid", "size"]), "pid,size\n12,\n");
+});
+
+test("what is chosen is what can be seen and is open", () => {
+    const [first, second, third] = RECORDS;
+    const gone = sample({ path: "photo/gone" });
+    gone.mark = "closed";
+    const all = withAll([...RECORDS, gone]);
+    assert.deepEqual(paths(chosenOf([...RECORDS, gone], all)), paths(RECORDS));
+    assert.deepEqual(paths(chosenOf([first, gone], withOne(all, gone.id, true))), [first.path]);
+    assert.deepEqual(paths(chosenOf(RECORDS, withOne(all, second.id, false))), [first.path, third.path]);
+    assert.equal(all.size, 3);
+});
+
+test("the order is the same whatever was ordered before", () => {
+    const record = path => sample({ path: `s/${path}` });
+    const [a, b, c, d, e] = ["a", "b", "c", "d", "e"].map(record);
+    const names = (records, ...how) => paths(ordered(records, ...how)).map(path => path.slice(2)).join("");
+    assert.equal(names([d, b, a], "path", false, "en"), "abd");
+    assert.equal(names([e, d, c, a], "path", false, "en"), "acde");
+    assert.equal(names([e, d, c, a], "path", true, "en"), "edca");
+    assert.equal(names([b, c], "path", true, "en"), "cb");
+    assert.equal(names([], "path", true, "en"), "");
 });
