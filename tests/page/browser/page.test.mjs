@@ -276,7 +276,7 @@ describe("everybody", () => {
         test(`reads it in the language of Cockpit: ${language}`, async () => {
             await hold(["/volume1/photo/a"]);
             await open({ language });
-            await page.getByRole("heading", { name: title }).waitFor();
+            await page.getByRole("heading", { name: title, exact: true }).waitFor();
             await rowOf(page, "photo/a").getByText(service).waitFor();
         });
     }
