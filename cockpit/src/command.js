@@ -94,6 +94,7 @@ export function recordOf(file) {
         mark: "",
         markedAt: 0,
         look: 0,
+        turn: 0,
         sought: [file.service, user, host, file.path, file.full_path, file.pid, file.command, file.owner]
             .join(BETWEEN).toLowerCase(),
     };

@@ -7,25 +7,19 @@ import { FACETS } from "./command.js";
  */
 export function select(records, selection) {
     const chosen = FACETS.map(facet => new Set(selection.chosen[facet]));
-    const counts = Object.fromEntries(FACETS.map(facet => [facet, new Map()]));
+    const counters = FACETS.map(() => new Counter());
     const shown = [];
     for (const record of found(records, selection.search)) {
         const failed = failedFacets(record, chosen);
-        if (failed.length === 0) {
+        if (failed === NONE) {
             shown.push(record);
         }
         if (record.mark !== "closed") {
-            count(record, failed, counts);
+            count(record, failed, counters);
         }
     }
-    for (const facet of FACETS) {
-        for (const value of selection.chosen[facet]) {
-            if (!counts[facet].has(value)) {
-                counts[facet].set(value, 0);
-            }
-        }
-    }
-    return { shown, counts };
+    FACETS.forEach((facet, i) => selection.chosen[facet].forEach(value => counters[i].add(value, 0)));
+    return { shown, counts: Object.fromEntries(FACETS.map((facet, i) => [facet, counters[i].counts()])) };
 }
 
 /** Values with their counts, biggest first, those of equal count by name. */
@@ -68,24 +62,49 @@ function found(records, search) {
     return last.found;
 }
 
-const NONE_FAILED = [];
+// Which facet a record fails, by its place in FACETS, or one of these.
+const NONE = -1;
+const SEVERAL = -2;
 
 function failedFacets(record, chosen) {
-    let failed = NONE_FAILED;
+    let failed = NONE;
     for (let i = 0; i < FACETS.length; ++i) {
         if (chosen[i].size > 0 && !chosen[i].has(record[FACETS[i]])) {
-            failed = [...failed, FACETS[i]];
+            if (failed !== NONE) {
+                return SEVERAL;
+            }
+            failed = i;
         }
     }
     return failed;
 }
 
-function count(record, failed, counts) {
-    if (failed.length > 1) {
-        return;
+function count(record, failed, counters) {
+    if (failed >= 0) {
+        counters[failed].add(record[FACETS[failed]], 1);
+    } else if (failed === NONE) {
+        for (let i = 0; i < FACETS.length; ++i) {
+            counters[i].add(record[FACETS[i]], 1);
+        }
     }
-    for (const facet of failed.length === 1 ? failed : FACETS) {
-        const value = record[facet];
-        counts[facet].set(value, (counts[facet].get(value) ?? 0) + 1);
+}
+
+/** How many there are of each value. What follows its like, as most do in any order, is quickly counted. */
+class Counter {
+    #cells = new Map();
+    #value;
+    #cell = { count: 0 };
+
+    add(value, number) {
+        if (value !== this.#value) {
+            this.#value = value;
+            this.#cell = this.#cells.get(value) ?? { count: 0 };
+            this.#cells.set(value, this.#cell);
+        }
+        this.#cell.count += number;
+    }
+
+    counts() {
+        return new Map([...this.#cells].map(([value, { count: number }]) => [value, number]));
     }
 }

@@ -20,7 +20,7 @@ import { Groups, Table } from "./table.jsx";
 import { Toolbar } from "./toolbar.jsx";
 
 export function App({ cockpit, createLive }) {
-    const live = useLive(cockpit, createLive);
+    const [live, records] = useLive(cockpit, createLive);
     const [superuser, allowed] = useRights(cockpit);
     const [selection, select] = useAddress(cockpit);
     const [opened, setOpened] = useState(null);
@@ -31,11 +31,11 @@ export function App({ cockpit, createLive }) {
 
     useEffect(() => live.want(factsFor(selection.columns, selection.group !== "")),
               [selection.columns, selection.group]);
-    const records = live.records.all();
     const sorted = useMemo(() => ordered(records, selection.sort, selection.descending, cockpit.language),
                            [records, selection.sort, selection.descending]);
     const { shown, counts } = useMemo(() => selectRecords(sorted, selection),
                                       [sorted, selection.search, selection.chosen]);
+    const count = useMemo(() => countOpen(shown), [shown]);
     const chosen = useMemo(() => chosenOf(shown, choice), [shown, choice]);
     const retry = () => live.start();
 
@@ -55,7 +55,7 @@ export function App({ cockpit, createLive }) {
                      askWhetherFree={allowed && (() => setAsking(true))} />
             <Chips selection={selection} select={select} />
             <div class="summary">
-                <span role="status">{plural("$0 file", "$0 files", countOpen(shown))}</span>
+                <span role="status">{plural("$0 file", "$0 files", count)}</span>
                 <span class="filters-switch">
                     <Button kind="link" small aria-expanded={filters} onClick={() => setFilters(!filters)}>
                         {_("Filters")}
@@ -120,11 +120,16 @@ function placeOf(shown, selection) {
     return record ? folderOfShare(record) : "";
 }
 
-/** The records, followed for as long as the page can be seen. */
+/**
+ * The records, followed for as long as the page can be seen: how, and those to be shown. These stay
+ * the same from one update to the next, so that a key that is pressed meanwhile orders nothing anew.
+ */
 function useLive(cockpit, createLive) {
-    const [, setVersion] = useState(0);
+    const [shown, setShown] = useState({ records: [] });
     const live = useRef();
-    live.current ??= createLive(atIntervals(() => setVersion(version => version + 1)));
+    const update = useRef();
+    update.current ??= atIntervals(() => setShown({ records: live.current.records.all() }));
+    live.current ??= createLive(update.current);
     useEffect(() => {
         const follow = () => (cockpit.hidden || document.hidden ? live.current.stop() : live.current.start());
         const leave = () => live.current.stop();
@@ -134,7 +139,7 @@ function useLive(cockpit, createLive) {
                 live.current.records.expire(Date.now());
             }
             if (live.current.records.all() !== before) {
-                setVersion(version => version + 1);
+                update.current();
             }
         }, 1000);
         cockpit.addEventListener("visibilitychange", follow);
@@ -147,24 +152,32 @@ function useLive(cockpit, createLive) {
             leave();
         };
     }, []);
-    return live.current;
+    return [live.current, shown.records];
 }
 
-/** Calls at once, then at intervals that leave most of the time to who types. */
+// Who types sees what is found at once, and what is new after a pause of so many milliseconds.
+const TYPING = 400;
+
+/** Calls at once, then at intervals that leave most of the time to who types, and never meanwhile. */
 function atIntervals(call) {
     let timer = null;
     let next = 0;
-    return () => {
-        timer ??= setTimeout(() => {
-            timer = null;
-            const started = performance.now();
-            call();
-            requestAnimationFrame(() => {
-                const ended = performance.now();
-                next = ended + Math.max(150, 4 * (ended - started));
-            });
-        }, Math.max(0, next - performance.now()));
+    const later = () => setTimeout(callOrWait, Math.max(0, next - performance.now()));
+    const callOrWait = () => {
+        timer = null;
+        const started = performance.now();
+        if (started < next) {
+            timer = later();
+            return;
+        }
+        call();
+        requestAnimationFrame(() => {
+            const ended = performance.now();
+            next = Math.max(next, ended + Math.max(150, 4 * (ended - started)));
+        });
     };
+    window.addEventListener("input", () => { next = Math.max(next, performance.now() + TYPING); });
+    return () => { timer ??= later(); };
 }
 
 /** Cockpit's administrative access: the way to it, and whether it is had. */

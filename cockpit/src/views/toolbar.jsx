@@ -48,17 +48,17 @@ function Columns({ selection, select }) {
 }
 
 function Export({ shown, columns, live }) {
-    const open = shown.filter(record => record.mark !== "closed");
+    const open = () => shown.filter(record => record.mark !== "closed");
     return (
         <Dropdown label={_("Export")}>
             {close => (
                 <>
                     <Button kind="link" onClick={() => {
-                        download("open-files.csv", "text/csv", toCsv(open, columns));
+                        download("open-files.csv", "text/csv", toCsv(open(), columns));
                         close();
                     }}>{_("As CSV")}</Button>
                     <Button kind="link" onClick={() => {
-                        download("open-files.json", "application/json", documentOf(open, {
+                        download("open-files.json", "application/json", documentOf(open(), {
                             machine: live.machine, incomplete: live.incomplete, at: new Date(),
                         }));
                         close();
