@@ -3,6 +3,8 @@
 import argparse
 import contextlib
 import os
+import resource
+import shlex
 import statistics
 import subprocess
 import sys
@@ -196,8 +198,12 @@ def threads(bench):
         timing.interleave([fixed], bench.rounds)
     with bench.populated(100, 500, False, UNNAMED):
         runs = {each: bench.command("--source", "walk", "--jobs", str(each)) for each in jobs}
-        timing.interleave(list(runs.values()), bench.rounds)
+        alone = shlex.join(runs[1].argv)
+        two = bench.contender("two commands", "/bin/sh", "-c", f"{alone} & {alone} & wait")
+        timing.interleave([*runs.values(), two], bench.rounds)
     faster("walk with --jobs 2 against --jobs 1, 50,000 descriptors", 1.7, middle(runs[1], runs[2]))
+    row("two separate commands with --jobs 1 side by side, against one after the other", "reported",
+        f"{2 / middle(two, runs[1]):.1f} x", True)
     for each in jobs[2:]:
         row(f"walk with --jobs {each} against --jobs 1, 50,000 descriptors", "reported",
             f"{middle(runs[1], runs[each]):.1f} x", True)
@@ -206,9 +212,11 @@ def threads(bench):
 
 
 def one_process(bench):
-    with bench.populated(1, 20000, False, UNNAMED):
+    # The process has some of its own.
+    descriptors = min(20000, resource.getrlimit(resource.RLIMIT_NOFILE)[1] - 100)
+    with bench.populated(1, descriptors, False, UNNAMED):
         for name in sources(bench):
-            at_most(f"command, {name}, one process with 20,000 descriptors, in bare walks",
+            at_most(f"command, {name}, one process with {descriptors:,} descriptors, in bare walks",
                     {"iterator": 0.7, "walk": 1.3}[name],
                     bench.ratio(bench.command("--source", name), bench.bare_walk()))
 
