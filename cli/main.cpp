@@ -39,6 +39,8 @@ int Run(const cli::Options& options, cli::Gate& gate) {
             return cli::BusyCommand(options, gate);
         case cli::Command::kDisconnect:
             return cli::DisconnectCommand(options, gate);
+        case cli::Command::kEvents:
+            return cli::EventsCommand(options);
     }
     return cli::kFailed;
 }

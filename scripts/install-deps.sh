@@ -68,6 +68,7 @@ packages[test]='
     shellcheck
     systemd
     valgrind
+    xfsprogs
     zsh
 '
 

@@ -23,6 +23,8 @@ int CheckCommand(const Options& options, Gate& gate);
 int BusyCommand(const Options& options, Gate& gate);
 /** Ends the client connections that hold files; kFailed when some remain, or it can't be told. */
 int DisconnectCommand(const Options& options, Gate& gate);
+/** What is opened and closed, as it happens, until a signal ends it or the reader has gone. */
+int EventsCommand(const Options& options);
 int MetricsCommand(const Options& options, Gate& gate);
 
 }  // namespace cli

@@ -4,6 +4,8 @@
 
 #include <sys/types.h>
 
+#include <utility>
+
 #include "support/descriptor.h"
 
 namespace cli {
@@ -17,6 +19,8 @@ public:
     PidDescriptor() = default;
     /** False for a process that has gone. Throws Failure where the kernel gives none. */
     explicit PidDescriptor(pid_t pid);
+    /** One that the kernel has given for a process. */
+    explicit PidDescriptor(support::Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
     explicit operator bool() const { return static_cast<bool>(descriptor_); }
     int Get() const { return descriptor_.Get(); }

@@ -37,6 +37,8 @@ void AddOptions(Parser& parser, Options& options) {
             return AddBusyOptions(parser, options);
         case Command::kDisconnect:
             return AddDisconnectOptions(parser, options);
+        case Command::kEvents:
+            return AddEventsOptions(parser, options);
     }
 }
 
@@ -79,7 +81,7 @@ Options AskHelp(const std::vector<std::string>& words) {
 
 bool TakesPaths(Command command) {
     return command == Command::kList || command == Command::kBusy || command == Command::kIdle ||
-           command == Command::kDisconnect;
+           command == Command::kDisconnect || command == Command::kEvents;
 }
 
 void TakePaths(Options& options, std::vector<std::string> paths) {
@@ -116,8 +118,8 @@ Options ParseCommand(Command command, std::vector<std::string> arguments) {
 }  // namespace
 
 const std::vector<std::string>& CommandNames() {
-    static const std::vector<std::string> kNames = {"list", "services", "check",     "metrics",
-                                                    "busy", "idle",     "disconnect"};
+    static const std::vector<std::string> kNames = {"list", "services", "check",      "metrics",
+                                                    "busy", "idle",     "disconnect", "events"};
     return kNames;
 }
 

@@ -15,7 +15,7 @@
 
 namespace cli {
 
-enum class Command { kList, kServices, kCheck, kMetrics, kBusy, kIdle, kDisconnect };
+enum class Command { kList, kServices, kCheck, kMetrics, kBusy, kIdle, kDisconnect, kEvents };
 
 struct Options {
     Command command = Command::kList;
@@ -32,12 +32,13 @@ struct Options {
     bool strict = false;
     /** busy, idle: look again until nothing is in use, for so long at most. */
     std::optional<double> waitSeconds;
-    bool inside = false;      /**< busy, idle: this PID namespace is all that matters */
-    bool yes = false;         /**< disconnect: don't ask */
-    bool dryRun = false;      /**< disconnect: show what would be ended */
-    bool force = false;       /**< disconnect: kill what doesn't end by itself */
-    double graceSeconds = 10; /**< disconnect: for what ends by itself */
-    std::string outputFile;   /**< metrics: empty or "-" for standard output */
+    bool inside = false;          /**< busy, idle: this PID namespace is all that matters */
+    bool yes = false;             /**< disconnect: don't ask */
+    bool dryRun = false;          /**< disconnect: show what would be ended */
+    bool force = false;           /**< disconnect: kill what doesn't end by itself */
+    double graceSeconds = 10;     /**< disconnect: for what ends by itself */
+    double heartbeatSeconds = 60; /**< events: between signs of life */
+    std::string outputFile;       /**< metrics: empty or "-" for standard output */
     /** " (did you mean ...)" where the first PATH may have been meant for a command. */
     std::string commandHint;
 };

@@ -2,6 +2,7 @@
 #include "cli/options/report_options.h"
 
 #include "cli/options/common_options.h"
+#include "cli/options/values.h"
 
 namespace cli {
 
@@ -22,6 +23,12 @@ void AddMetricsOptions(Parser& parser, Options& options) {
     options.question.asked.folder = false;
     parser.AddValue("--output", "the name of a file",
                     [&options](const auto& text) { options.outputFile = text; });
+}
+
+void AddEventsOptions(Parser& parser, Options& options) {
+    parser.AddValue("--heartbeat", "a number of seconds", [&options](const auto& text) {
+        options.heartbeatSeconds = ParseSeconds("--heartbeat", text);
+    });
 }
 
 void CompleteMetricsOptions(Options& options) {

@@ -4,7 +4,8 @@
 
 /**
  * @file
- * The options of the commands that report on the host as a whole: services, check, metrics.
+ * The options of the commands that report on the host as a whole: services, check, metrics,
+ * events.
  */
 
 #include "cli/options/options.h"
@@ -15,6 +16,7 @@ namespace cli {
 void AddServicesOptions(Parser& parser, Options& options);
 void AddCheckOptions(Parser& parser, Options& options);
 void AddMetricsOptions(Parser& parser, Options& options);
+void AddEventsOptions(Parser& parser, Options& options);
 /** Asks for what the metrics tell. */
 void CompleteMetricsOptions(Options& options);
 

@@ -41,7 +41,7 @@ deleted share command owner login unit started fd mode size space modified
 inode device locks
 Commands: services (that can disconnect clients), check (what this host lacks),
 metrics (for Prometheus), busy and idle (what keeps it from being unmounted?),
-disconnect (ends the clients that hold files).
+disconnect (ends the clients that hold files), events (what opens and closes).
 Exit status: 0 found, 1 nothing found, 2 wrong use or failed.
 
 Examples:
@@ -160,6 +160,25 @@ Examples:
   vorn-openfiles disconnect --yes --where user=alice /volume1
 )";
 
+constexpr std::string_view kEvents =
+    R"(Usage: vorn-openfiles events [--heartbeat SECONDS] [--] [PATH...]
+
+Tells each open and close of a file on the data volumes as it happens, a line of
+JSON each: what, when, by which process, service, user and host. With PATHs, only
+what is at or below them. Ends with SIGINT, SIGTERM or its reader.
+
+        --heartbeat SECONDS a sign of life (default: 60)
+        -h, --help, -V, --version
+
+Events: started, opened, closed, closed-written (it was open for writing), lost
+(more happened than could be read), heartbeat, stopped.
+Takes CAP_SYS_ADMIN and CAP_DAC_READ_SEARCH, which root has, and Linux 5.15.
+Exit status: 0 ended, 2 wrong use or failed.
+
+Example:
+  vorn-openfiles events /volume1/photo | jq -r '[.at, .event, .file.user] | @tsv'
+)";
+
 }  // namespace
 
 std::string_view HelpText(Command command) {
@@ -175,6 +194,8 @@ std::string_view HelpText(Command command) {
             return kBusy;
         case Command::kDisconnect:
             return kDisconnect;
+        case Command::kEvents:
+            return kEvents;
         case Command::kList:
             break;
     }

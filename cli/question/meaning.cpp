@@ -16,19 +16,6 @@
 namespace cli {
 namespace {
 
-std::vector<std::string> VolumesToAsk() {
-    std::vector<std::string> volumes = MountedVolumes();
-    if (!volumes.empty()) {
-        return volumes;
-    }
-    const std::string lost = IncompleteReason("volumes");
-    throw Failure(
-        !lost.empty()
-            ? "can't tell the data volumes: " + lost
-            : "no data volume is mounted: volumes are file systems on /volume1, /volume2 and "
-              "so on");
-}
-
 /** What is asked about in the names of this host. */
 Selection Resolved(Selection selection, const std::vector<std::string>& volumes) {
     selection.paths = ResolvedPaths(selection.paths, volumes);
@@ -69,6 +56,19 @@ void JudgePaths(Meaning& meaning) {
 }
 
 }  // namespace
+
+std::vector<std::string> VolumesToAsk() {
+    std::vector<std::string> volumes = MountedVolumes();
+    if (!volumes.empty()) {
+        return volumes;
+    }
+    const std::string lost = IncompleteReason("volumes");
+    throw Failure(
+        !lost.empty()
+            ? "can't tell the data volumes: " + lost
+            : "no data volume is mounted: volumes are file systems on /volume1, /volume2 and "
+              "so on");
+}
 
 Meaning Understand(const Question& question) {
     Meaning meaning = {question, {}, {}};

@@ -3,6 +3,7 @@
 #define VORN_CLI_QUESTION_MEANING_H
 
 #include <string>
+#include <vector>
 
 #include "cli/question/question.h"
 
@@ -14,6 +15,9 @@ struct Meaning {
     std::string notice; /**< how it is answered otherwise than it was asked; mostly empty */
     std::string doubt;  /**< why it may not be what was meant; mostly empty */
 };
+
+/** The data volumes. Throws Failure where there are none, or nothing tells them. */
+std::vector<std::string> VolumesToAsk();
 
 /**
  * Asks the host for volumes and, by share, for shares.

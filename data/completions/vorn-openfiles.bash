@@ -9,7 +9,7 @@ _vorn_openfiles() {
     _init_completion -s -n = || return
     local columns='service pid user host path filename time full_path hidden folder deleted share command owner login unit started fd mode size space modified inode device locks'
     local command=list
-    case ${words[1]-} in services | check | metrics | busy | idle | disconnect | help) command=${words[1]} ;; esac
+    case ${words[1]-} in services | check | metrics | busy | idle | disconnect | events | help) command=${words[1]} ;; esac
 
     case $prev in
         --by) COMPREPLY=($(compgen -W 'share volume' -- "$cur")) && return ;;
@@ -39,7 +39,7 @@ _vorn_openfiles() {
             return
             ;;
         --output) _filedir && return ;;
-        --limit | --timeout | --jobs | --wait | --since | --grace) return ;;
+        --limit | --timeout | --jobs | --wait | --since | --grace | --heartbeat) return ;;
     esac
 
     if [[ $cur == -* ]]; then
@@ -48,6 +48,7 @@ _vorn_openfiles() {
             services) options+=' --json --schema' ;;
             check) options+=' --json --schema --timeout' ;;
             metrics) options+=' --by --timeout --jobs --source --sum --output' ;;
+            events) options+=' --heartbeat' ;;
             busy | idle) options+=' --wait --inside --source --json --schema --pids --quiet -q --timeout' ;;
             disconnect) options+=' --by --timeout --jobs --source --where --match --not-where --not-match --since --hidden
                 --folders --deleted --json --yes --dry-run --grace --force' ;;
@@ -58,7 +59,7 @@ _vorn_openfiles() {
         COMPREPLY=($(compgen -W "$options" -- "$cur"))
         return
     fi
-    [[ $command == list || $command == busy || $command == idle || $command == disconnect ]] && _filedir
-    [[ $command == help ]] && COMPREPLY=($(compgen -W 'list services check metrics busy idle disconnect' -- "$cur"))
-    ((cword == 1)) && COMPREPLY+=($(compgen -W 'list services check metrics busy idle disconnect help' -- "$cur"))
+    [[ $command == list || $command == busy || $command == idle || $command == disconnect || $command == events ]] && _filedir
+    [[ $command == help ]] && COMPREPLY=($(compgen -W 'list services check metrics busy idle disconnect events' -- "$cur"))
+    ((cword == 1)) && COMPREPLY+=($(compgen -W 'list services check metrics busy idle disconnect events help' -- "$cur"))
 } && complete -F _vorn_openfiles vorn-openfiles

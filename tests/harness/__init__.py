@@ -5,6 +5,7 @@
     processes    programs to run, processes in groups and as users, holders of files
     servers      real servers, their network, the system log
     terminal     a program on a terminal
+    recording    opens and closes as the command tells them
     fuse_volume  a volume that stops answering
     files        files to write;  waiting: for what must happen
 """

@@ -14,7 +14,7 @@ from harness.terminal import Terminal
 
 DATA = os.path.join(os.environ["VORN_SOURCE"], "data")
 SCHEMA = os.path.join(DATA, "schema/vorn-openfiles-%s.schema.json")
-COMMANDS = ("list", "services", "check", "metrics", "busy", "idle", "disconnect")
+COMMANDS = ("list", "services", "check", "metrics", "busy", "idle", "disconnect", "events")
 WITH_COMMAND = os.path.dirname(COMMAND) + ":" + os.environ["PATH"]
 OPTION = re.compile(r"(?<![\w-])--?[A-Za-z][a-z0-9-]*")
 
@@ -65,7 +65,7 @@ class Options(unittest.TestCase):
     def test_bash_completion(self):
         self.assertEqual(self.offered_by_bash("-") | self.offered_by_bash("check -")
                          | self.offered_by_bash("metrics -") | self.offered_by_bash("busy -")
-                         | self.offered_by_bash("disconnect -"), self.options)
+                         | self.offered_by_bash("disconnect -") | self.offered_by_bash("events -"), self.options)
 
     def offered_by_bash(self, line):
         script = f"""

@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+#include <fmt/format.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+
+#include "cli/commands/commands.h"
+#include "cli/events/line_output.h"
+#include "cli/events/recorder.h"
+#include "cli/host/rights.h"
+#include "cli/host/volumes.h"
+#include "cli/process/output.h"
+#include "cli/process/signals.h"
+#include "cli/question/meaning.h"
+#include "cli/text/escape.h"
+#include "support/text.h"
+
+namespace cli {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/** Which volumes are to be watched, and what of them is told. */
+struct Scope {
+    std::vector<std::string> volumes;
+    std::vector<std::string> paths;
+};
+
+Scope ScopeOf(const std::vector<std::string>& given) {
+    Scope scope{VolumesToAsk(), {}};
+    if (given.empty()) {
+        scope.paths = scope.volumes;
+        return scope;
+    }
+    scope.paths = ResolvedPaths(given, scope.volumes);
+    const auto unasked = [&](const std::string& volume) {
+        return std::none_of(scope.paths.begin(), scope.paths.end(), [&](const std::string& path) {
+            return support::IsAtOrBelow(path, volume);
+        });
+    };
+    scope.volumes.erase(std::remove_if(scope.volumes.begin(), scope.volumes.end(), unasked),
+                        scope.volumes.end());
+    return scope;
+}
+
+/** Has room for a descriptor each; gives how many processes may be remembered by one. */
+size_t RoomForProcesses() {
+    constexpr rlim_t kWanted = 4096;
+    constexpr rlim_t kOthers = 512;
+    struct rlimit limit {};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = std::max(limit.rlim_cur, std::min(kWanted, limit.rlim_max));
+    setrlimit(RLIMIT_NOFILE, &limit);
+    getrlimit(RLIMIT_NOFILE, &limit);
+    return std::clamp(limit.rlim_cur, 2 * kOthers, kWanted) - kOthers;
+}
+
+class Events {
+public:
+    explicit Events(const Options& options)
+        : scope_(ScopeOf(options.question.selection.paths)),
+          heartbeat_(std::chrono::duration_cast<Clock::duration>(
+              std::chrono::duration<double>(options.heartbeatSeconds))),
+          recorder_(watch_, scope_.paths, RoomForProcesses(), lines_) {}
+
+    int Run() {
+        WatchVolumes();
+        next_ = Clock::now() + heartbeat_;
+        while (output_.Flush() && WaitForEvents()) {
+            recorder_.TellSome();
+            if (Clock::now() >= next_) {
+                lines_.Plain("heartbeat", MomentNow());
+                next_ = Clock::now() + heartbeat_;
+            }
+        }
+        TellTheRest();
+        return kFound;
+    }
+
+private:
+    void WatchVolumes() {
+        if (const std::string missing = MissingRights(OwnRights()); !missing.empty()) {
+            Complain(missing);
+        }
+        std::vector<std::string> watched;
+        std::vector<std::string> unwatched;
+        for (const std::string& volume : scope_.volumes) {
+            const std::string reason = watch_.Add(volume);
+            (reason.empty() ? watched : unwatched).push_back(volume);
+            if (!reason.empty()) {
+                Complain(fmt::format("can't watch {}: {}", Escaped(volume, true), reason));
+            }
+        }
+        if (watched.empty()) {
+            throw Failure("none of the volumes can be watched");
+        }
+        lines_.Started(MomentNow(), watched, unwatched);
+    }
+
+    /** Until there are some, or it is time; false when it is to end. */
+    bool WaitForEvents() const {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(next_ - Clock::now());
+        // A closed pipe is told as an error whatever is asked for.
+        struct pollfd watched[] = {
+            {watch_.Fd(), POLLIN, 0}, {signals_.Fd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+        poll(watched, 3, static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 1 << 30)));
+        return watched[1].revents == 0 && (watched[2].revents & (POLLERR | POLLHUP)) == 0;
+    }
+
+    /** What had happened before the signal, as far as the kernel's queue can have held it. */
+    void TellTheRest() {
+        constexpr int kReads = 256;
+        for (int i = 0; i < kReads && recorder_.TellSome(); ++i) {
+        }
+        lines_.Plain("stopped", MomentNow());
+        output_.FlushLast();
+        // What is left of them would end the process with the block that they are under.
+        while (signals_.Next() != 0) {
+        }
+    }
+
+    const Scope scope_;
+    const Clock::duration heartbeat_;
+    const Signals signals_{SIGINT, SIGTERM, SIGHUP};
+    FileWatch watch_;
+    LineOutput output_{STDOUT_FILENO, signals_.Fd()};
+    EventLines lines_{NewOrigin(), output_.Text()};
+    Recorder recorder_;
+    Clock::time_point next_;
+};
+
+}  // namespace
+
+int EventsCommand(const Options& options) {
+    return Events(options).Run();
+}
+
+}  // namespace cli
