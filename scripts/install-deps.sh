@@ -108,7 +108,9 @@ packages[page]='
 
 # Benchmarks, the peers that they measure beside, plots.
 packages[bench]='
+    fatrace
     gnuplot-nox
+    inotify-tools
     libbenchmark-dev
     lsof
     psmisc

@@ -15,18 +15,22 @@
 namespace cli {
 
 /** Writes as much as a pipe takes without waiting, once it takes any. */
-bool LineOutput::Write() {
-    const ssize_t written = write(fd_, text_.data(), std::min<size_t>(text_.size(), PIPE_BUF));
+void LineOutput::Write() {
+    const size_t left = text_.size() - written_;
+    const ssize_t written = write(fd_, text_.data() + written_, std::min<size_t>(left, PIPE_BUF));
     if (written < 0 && errno != EPIPE && errno != EAGAIN && errno != EINTR) {
         throw Failure(fmt::format("can't write the output: {}", std::strerror(errno)));
     }
     closed_ = written < 0 && errno == EPIPE;
-    text_.erase(0, written > 0 ? static_cast<size_t>(written) : 0);
-    return !closed_;
+    written_ += written > 0 ? static_cast<size_t>(written) : 0;
+    if (written_ == text_.size()) {
+        text_.clear();
+        written_ = 0;
+    }
 }
 
 bool LineOutput::Flush() {
-    while (!text_.empty() && !closed_) {
+    while (!IsDone()) {
         struct pollfd watched[] = {{fd_, POLLOUT, 0}, {signals_, POLLIN, 0}};
         poll(watched, 2, -1);
         if (watched[0].revents == 0 && watched[1].revents != 0) {
@@ -41,7 +45,7 @@ bool LineOutput::Flush() {
 
 bool LineOutput::FlushLast() {
     constexpr int kPatience = 1000;
-    while (!text_.empty() && !closed_) {
+    while (!IsDone()) {
         struct pollfd watched = {fd_, POLLOUT, 0};
         if (poll(&watched, 1, kPatience) == 0) {
             return false;

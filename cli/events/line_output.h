@@ -2,6 +2,7 @@
 #ifndef VORN_CLI_EVENTS_LINE_OUTPUT_H
 #define VORN_CLI_EVENTS_LINE_OUTPUT_H
 
+#include <cstddef>
 #include <string>
 
 namespace cli {
@@ -27,11 +28,13 @@ public:
     bool IsClosed() const { return closed_; }
 
 private:
-    bool Write();
+    bool IsDone() const { return text_.empty() || closed_; }
+    void Write();
 
     int fd_;
     int signals_;
     std::string text_;
+    size_t written_ = 0; /**< of the text */
     bool closed_ = false;
 };
 

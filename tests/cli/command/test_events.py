@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -168,6 +169,14 @@ class Processes(unittest.TestCase):
         self.assertNotEqual(told[0]["process_start"], before["process_start"])
         with open(f"/proc/{other.pid}/stat", encoding="ascii") as stat:
             self.assertEqual(told[0]["process_start"], int(stat.read().rpartition(")")[2].split()[19]))
+
+    def test_the_command_itself_is_left_out(self):
+        shutil.copy("/etc/localtime", "/volume1/zone")  # which it opens to tell times
+        output_of(["mount", "--bind", "/volume1/zone", "/etc/localtime"])
+        self.addCleanup(output_of, ["umount", "/etc/localtime"])
+        with Recording("/volume1/zone") as recording:
+            lines = recording.stop()[0]
+        self.assertEqual([line["event"] for line in lines], ["started", "stopped"])
 
     def test_has_what_the_list_says_of_it(self):
         path = touch(b"/volume1/photo/held")

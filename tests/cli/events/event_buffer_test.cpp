@@ -139,6 +139,9 @@ TEST(EventBuffer, CountsAsLostWhatIsNotInItsForm) {
         With<__u32>(good, handle, MAX_HANDLE_SZ + 1),
         With<__u32>(good, handle, ~0U),
         With<__u32>(good, handle, 8 + 8),
+        Event(FAN_OPEN, 1, Folder(std::string(MAX_HANDLE_SZ + 1, 'h'), "name")),
+        // Shorter than a head; the next one would begin within it.
+        Event(FAN_OPEN, 1, std::string("\x63\0\3\0\0\5\0\0", 8)),
         Event(FAN_OPEN, 1, "ab"),
         Event(FAN_OPEN, 1, Info(FAN_EVENT_INFO_TYPE_DFID_NAME, "")),
         Event(FAN_OPEN, 1, Info(FAN_EVENT_INFO_TYPE_DFID_NAME, kFileSystem + "ab")),
