@@ -123,13 +123,28 @@ class Paths(unittest.TestCase):
             touch("/volume1/new/below/a")
             recording.wait_for("/volume1/new/below/a", "closed-written")
 
-    def test_of_a_deleted_folder_the_name_alone_remains(self):
+    def delete_folder(self, held):
         with Recording("/volume1") as recording:
             recording.pause()
-            os.unlink(touch("/volume1/gone/a"))
+            touch("/volume1/gone/a")
+            folder = os.open("/volume1/gone", os.O_RDONLY)
+            if not held:
+                os.close(folder)
+            os.unlink("/volume1/gone/a")
             os.rmdir("/volume1/gone")
             recording.go_on()
             lines = recording.stop()[0]
+            if held:
+                os.close(folder)
+        return lines
+
+    def test_of_a_deleted_folder_the_name_alone_remains(self):
+        self.check_deleted(self.delete_folder(held=False))
+
+    def test_of_a_deleted_folder_that_is_still_open_the_name_alone_remains(self):
+        self.check_deleted(self.delete_folder(held=True))
+
+    def check_deleted(self, lines):
         files = [line["file"] for line in lines if line.get("file", {}).get("filename") == "a"]
         self.assertTrue(files)
         self.assertEqual({(file["full_path"], file["deleted"], file["pid"]) for file in files},
