@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Measures the goals of speed and size, as ratios of programs that run side by side in the sample
-# host, and writes them to docs/performance/goals.md. With --only, rows of other goals stay there.
+# host, writes them to docs/performance/goals.md and draws those beside the peers. With --only, rows of
+# other goals stay there.
 #
 #   bench/goals.sh [--only GOAL]...
 #
@@ -11,6 +12,9 @@ project=$(realpath "$(dirname "$0")/..")
 cd "$project"
 bench/build.sh
 mkdir -p docs/performance
+status=0
 scripts/sample-host.sh /usr/bin/python3 bench/goals.py \
     --project "$project" --binaries "$project/build/release/bin" \
-    --output docs/performance/goals.md "$@"
+    --output docs/performance/goals.md "$@" || status=$?
+bench/goals_plot.sh
+exit "$status"
