@@ -92,8 +92,8 @@ Origin NewOrigin() {
     return {names.nodename, std::string(support::Trim(machine)), RandomId()};
 }
 
-EventLines::EventLines(const Origin& origin, std::string& out) : out_(out) {
-    head_ = "{\"schema\":2,";
+EventLines::EventLines(const Origin& origin, std::string& out)
+    : head_("{\"schema\":2,"), out_(out) {
     AppendJsonMember(head_, "node", origin.node);
     head_ += ',';
     AppendKnown(head_, "machine_id", origin.machine);
