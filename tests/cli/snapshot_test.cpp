@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <mutex>
+
 #include "tests/cli/scripted_host.h"
 
 namespace {
@@ -16,6 +18,7 @@ public:
     explicit OwnFiles(std::vector<std::string> paths) : paths_(std::move(paths)) {}
 
     int Next(cli::Files& records, cli::RecordTexts& texts) override {
+        const std::lock_guard<std::mutex> lock(mutex_);
         const int left = paths_.empty() ? 0 : 1;
         for (const std::string& path : paths_) {
             cli::FileRecord& file = records.emplace_back();
@@ -28,6 +31,7 @@ public:
     std::string Notice() const override { return ""; }
 
 private:
+    std::mutex mutex_; /**< of the paths, which the first thread takes */
     std::vector<std::string> paths_;
 };
 
