@@ -53,7 +53,9 @@ phase_format() {
 }
 
 phase_build() {
-    quietly cmake --preset release -DVORN_BUILD_TESTS=ON -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
+    # Lines are enough to find a fault by; all else that a debugger wants takes a quarter of the time.
+    quietly cmake --preset release -DVORN_BUILD_TESTS=ON -DCMAKE_COMPILE_WARNING_AS_ERROR=ON \
+        -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG"
     quietly cmake --build --preset release
 }
 
