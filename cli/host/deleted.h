@@ -33,7 +33,7 @@ std::string_view WithoutDeletedMark(std::string_view path);
  */
 class DeletedFiles {
 public:
-    bool Contains(std::string_view fullPath, const std::string& pid);
+    bool Contains(std::string_view path, const std::string& pid);
 
 private:
     using Inode = std::pair<dev_t, ino_t>;

@@ -75,10 +75,6 @@ Measure MeasureOf(Column column) {
     }
 }
 
-bool IsMember(Column column) {
-    return column <= Column::kTime;
-}
-
 bool IsFact(Column column) {
     return column >= Column::kCommand;
 }

@@ -58,8 +58,6 @@ const std::vector<std::string>& ColumnNames();
 std::string_view ColumnName(Column column);
 Measure MeasureOf(Column column);
 
-/** Whether the library matches texts against it. */
-bool IsMember(Column column);
 /** Whether its text comes from Facts. */
 bool IsFact(Column column);
 

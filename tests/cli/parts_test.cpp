@@ -7,7 +7,6 @@
 #include <mutex>
 #include <random>
 #include <set>
-#include <thread>
 
 #include "tests/cli/records.h"
 
