@@ -42,8 +42,10 @@ endif()
 # vorn::product: for what is shipped, and not for its tests.
 add_library(vorn_product INTERFACE)
 add_library(vorn::product ALIAS vorn_product)
-# The compiler tells in no time what clang-tidy's check of the same name takes a fifth of its time for.
-target_compile_options(vorn_product INTERFACE $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>)
+# The compiler tells in no time what clang-tidy's checks of the same take a third of its time for.
+target_compile_options(vorn_product INTERFACE
+    $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wredundant-decls;-Wsuggest-override;-Wzero-as-null-pointer-constant>)
 # In builds whose product is instrumented its headers are compiled once; the others show what a source
 # forgot to include.
 if(VORN_SANITIZE OR VORN_COVERAGE)

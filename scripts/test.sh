@@ -12,8 +12,8 @@
 #   test      all tests: unit, platform, faults, cli, slices, package, flood, hostile, e2e
 #   tidy      clang-tidy over library, stand-in, command and vorn-slices
 #   cppcheck  cppcheck over the same
-#   asan      all tests but package, flood and the longest two under AddressSanitizer and
-#             UndefinedBehaviorSanitizer
+#   sanitize  build with AddressSanitizer and UndefinedBehaviorSanitizer
+#   asan      all tests but package, flood and the longest two in that build
 #   tsan      what the stand-in remembers and the command's threads, under ThreadSanitizer
 #   valgrind  unit tests under memcheck
 #   fuzz      every fuzz target for two seconds (fuzz/run.sh runs them for longer)
@@ -90,9 +90,13 @@ phase_cppcheck() {
         groups cli slices
 }
 
-phase_asan() {
+phase_sanitize() {
     quietly cmake --preset asan -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
     quietly cmake --build --preset asan
+}
+
+phase_asan() {
+    phase_sanitize
     # Each failing allocation and the same tricks by the other source take minutes here; the release
     # build has them.
     run_tests asan --exclude-regex '^AllocationFault|^Hostile.UsersTricks.walk$'
@@ -268,7 +272,8 @@ run_side_by_side() { # NAME...
     [[ $status -eq 0 ]] || exit 1
 }
 
-[[ $# -gt 0 ]] || set -- install shell format build test+tidy cppcheck asan tsan+valgrind fuzz
+[[ $# -gt 0 ]] || set -- install shell format build test+tidy cppcheck sanitize asan+tsan \
+    valgrind+fuzz
 mapfile -t phases < <(printf '%s\n' "$@" | tr + '\n')
 for phase in "${phases[@]}"; do
     if ! declare -F "phase_$phase" >/dev/null; then
