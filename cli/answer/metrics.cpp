@@ -14,7 +14,10 @@
 namespace cli {
 namespace {
 
-/** Place, service and user as they are shown: what looks alike must be one series. */
+/**
+ * Place, service and user as they are shown: what looks alike must be one series. The user is empty
+ * where nobody has asked for it.
+ */
 using Labels = std::array<std::string, 3>;
 
 /** What is told of the files that have labels in common. */
@@ -61,11 +64,11 @@ void AppendGauge(std::string& out, std::string_view name, std::string_view help)
     out += fmt::format("# HELP {0} {1}\n# TYPE {0} gauge\n", name, help);
 }
 
-std::vector<Series> SeriesOf(const Snapshot& snapshot) {
+std::vector<Series> SeriesOf(const Snapshot& snapshot, const Question& question) {
     std::map<Labels, Tally> tallies;
     for (const FileRecord& file : snapshot.files) {
         Tally& tally = tallies[{LabelValue(PlaceOf(file)), LabelValue(file.process->service),
-                                LabelValue(file.process->user)}];
+                                question.asked.connection ? LabelValue(file.process->user) : ""}];
         ++tally.files;
         if (file.facts != nullptr) {
             tally.sizes.Add(*file.facts);
@@ -79,8 +82,12 @@ std::vector<Series> SeriesOf(const Snapshot& snapshot) {
 
 void AppendSample(std::string& out, std::string_view name, const Question& question,
                   const Labels& labels, std::uint64_t value) {
-    out += fmt::format("{}{{{}=\"{}\",service=\"{}\",user=\"{}\"}} {}\n", name, ByName(question.by),
-                       labels[0], labels[1], labels[2], value);
+    out += fmt::format("{}{{{}=\"{}\",service=\"{}\"", name, ByName(question.by), labels[0],
+                       labels[1]);
+    if (question.asked.connection) {
+        out += fmt::format(",user=\"{}\"", labels[2]);
+    }
+    out += fmt::format("}} {}\n", value);
 }
 
 /** Bytes, where anybody has asked for them. */
@@ -98,7 +105,7 @@ void AppendSizes(std::string& out, const std::vector<Series>& series, const Ques
 
 void AppendFiles(std::string& out, const Snapshot& snapshot, const Question& question,
                  const std::vector<Column>& summed) {
-    const std::vector<Series> series = SeriesOf(snapshot);
+    const std::vector<Series> series = SeriesOf(snapshot, question);
     AppendGauge(out, "vorn_openfiles_files", "Files that processes hold open on the volumes.");
     for (const auto& [labels, tally] : series) {
         AppendSample(out, "vorn_openfiles_files", question, labels, tally.files);

@@ -15,7 +15,10 @@
 
 namespace cli {
 
-/** Each combination of share (or volume), service and user is a series; the rest is one more. */
+/**
+ * Each combination of share (or volume), service and, where the question asks for it, user is a
+ * series; the rest is one more.
+ */
 constexpr size_t kMostSeries = 1000;
 
 /** Appends a label's value: escaped, and always UTF-8, as a scraper refuses everything else. */

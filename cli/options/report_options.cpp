@@ -21,6 +21,7 @@ void AddMetricsOptions(Parser& parser, Options& options) {
     AddTimeout(parser, options);
     AddSum(parser, options.presentation);
     options.question.asked.folder = false;
+    parser.AddFlag("--no-user", [&options] { options.question.asked.connection = false; });
     parser.AddValue("--output", "the name of a file",
                     [&options](const auto& text) { options.outputFile = text; });
 }

@@ -86,13 +86,14 @@ Example:
 )";
 
 constexpr std::string_view kMetrics =
-    R"(Usage: vorn-openfiles metrics [--by share|volume] [--sum size|space]
-                              [--output FILE] [--timeout N] [--jobs N]
-                              [--source auto|iterator|walk]
+    R"(Usage: vorn-openfiles metrics [--by share|volume] [--no-user]
+                              [--sum size|space] [--output FILE] [--timeout N]
+                              [--jobs N] [--source auto|iterator|walk]
 
 Counts the open files by share, service and user in the text format of Prometheus.
 
         --by share|volume   under shares (default) or anywhere on volumes
+        --no-user           without the label that tells the user
         --sum size|space    with the sizes of all files, or the space they take
         --output FILE       put them in the place of FILE in one step; a FIFO or a
                             device is written to, - is standard output

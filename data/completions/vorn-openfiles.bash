@@ -47,7 +47,7 @@ _vorn_openfiles() {
         case $command in
             services) options+=' --json --schema' ;;
             check) options+=' --json --schema --timeout' ;;
-            metrics) options+=' --by --timeout --jobs --source --sum --output' ;;
+            metrics) options+=' --by --timeout --jobs --source --sum --no-user --output' ;;
             events) options+=' --heartbeat' ;;
             busy | idle) options+=' --wait --inside --source --json --schema --pids --quiet -q --timeout' ;;
             disconnect) options+=' --by --timeout --jobs --source --where --match --not-where --not-match --since --hidden

@@ -23,6 +23,7 @@ complete -c vorn-openfiles -n $source -l by -x -a 'share volume' -d 'Files under
 complete -c vorn-openfiles -n $source -l jobs -x -d 'Threads'
 complete -c vorn-openfiles -n $source -l source -x -a 'auto iterator walk' -d 'Where descriptors are read'
 complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from services events help' -l timeout -x -d 'Give up after so many seconds'
+complete -c vorn-openfiles -n '__fish_seen_subcommand_from metrics' -l no-user -d 'Leave the label out that tells the user'
 complete -c vorn-openfiles -n '__fish_seen_subcommand_from metrics' -l output -r -F -d 'Replace this file'
 complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from metrics events help' -l json -d 'As JSON'
 complete -c vorn-openfiles -n 'not __fish_seen_subcommand_from metrics events help' -l schema -x -a '1 2' -d 'Form of JSON'

@@ -34,8 +34,8 @@ TEST(Place, IsTheShareOrTheVolume) {
 }
 
 /** Series of the open files with their values. */
-std::vector<std::string> Series(cli::Snapshot& snapshot) {
-    std::istringstream text(cli::MetricsText(snapshot, cli::Question(), {}, 0.5));
+std::vector<std::string> Series(cli::Snapshot& snapshot, const cli::Question& question = {}) {
+    std::istringstream text(cli::MetricsText(snapshot, question, {}, 0.5));
     std::vector<std::string> series;
     for (std::string line; std::getline(text, line);) {
         if (line.rfind("vorn_openfiles_files{", 0) == 0) {
@@ -52,6 +52,16 @@ TEST(Metrics, CountNamesThatLookAlikeAsOneSeries) {
     EXPECT_EQ(Series(snapshot),
               std::vector<std::string>{
                   "vorn_openfiles_files{share=\"x\",service=\"SMB\",user=\"\xEF\xBF\xBD\"} 2"});
+}
+
+TEST(Metrics, AddUsersUpWhereNobodyAsksForThem) {
+    cli::Snapshot snapshot;
+    snapshot.files.push_back(Record("x/a", "alice", "SMB"));
+    snapshot.files.push_back(Record("x/b", "bob", "SMB"));
+    cli::Question question;
+    question.asked.connection = false;
+    EXPECT_EQ(Series(snapshot, question),
+              std::vector<std::string>{"vorn_openfiles_files{share=\"x\",service=\"SMB\"} 2"});
 }
 
 TEST(Metrics, AreBoundedAndLoseNoFile) {
