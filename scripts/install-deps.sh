@@ -74,6 +74,7 @@ packages[test]='
 
 # Real servers, clients and tools for the end-to-end tests.
 packages[e2e]='
+    clustershell
     curl
     dropbear-bin
     libpcre2-posix3
@@ -83,6 +84,7 @@ packages[e2e]='
     openssh-server
     procps
     prometheus
+    prometheus-alertmanager
     prometheus-node-exporter
     psmisc
     rsync

@@ -1,42 +1,25 @@
 """The metrics as Prometheus itself takes them."""
 
-import json
 import os
 import re
 import socket
 import stat
 import subprocess
 import unittest
-import urllib.parse
-import urllib.request
 
 from harness.command import run
 from harness.files import touch
+from harness.monitoring import TEXTFILES, NodeExporter, Prometheus
 from harness.processes import Holder
 from harness.waiting import PATIENCE, wait_until
 
-FOLDER = "/tmp/textfiles"
-OUTPUT = FOLDER + "/vorn_openfiles.prom"
-
-
-def free_port():
-    with socket.socket() as probe:
-        probe.bind(("127.0.0.1", 0))
-        return probe.getsockname()[1]
-
-
-def asked(url):
-    """What Prometheus says; nothing as long as it doesn't answer."""
-    try:
-        return json.load(urllib.request.urlopen(url))["data"]["result"]
-    except OSError:
-        return None
+OUTPUT = TEXTFILES + "/vorn_openfiles.prom"
 
 
 class Metrics(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        os.makedirs(FOLDER)
+        os.makedirs(TEXTFILES)
         cls.holder = Holder([touch(b'/volume1/a "b\\c\n\xff/x'), touch(b"/volume1/photo/a"), touch(b"/volume2/music/b")])
 
     @classmethod
@@ -44,8 +27,8 @@ class Metrics(unittest.TestCase):
         cls.holder.__exit__()
 
     def test_promtool_has_nothing_to_say(self):
-        for by in ("share", "volume"):
-            result = run("metrics", "--by", by)
+        for arguments in (["--by", "share"], ["--no-user"], ["--by", "volume"]):
+            result = run("metrics", *arguments)
             check = subprocess.run(["promtool", "check", "metrics"], input=result.stdout, capture_output=True,
                                    check=False)
             self.assertEqual((result.returncode, check.returncode, check.stdout, check.stderr), (0, 0, b"", b""))
@@ -54,6 +37,13 @@ class Metrics(unittest.TestCase):
     def test_hosts_and_paths_are_no_labels(self):
         labels = set(re.findall(rb'(\w+)="', run("metrics").stdout))
         self.assertEqual(labels, {b"share", b"service", b"user"})
+
+    def test_users_are_none_where_nobody_wants_them(self):
+        for sizes in ([], ["--sum", "size,space"]):
+            text = run("metrics", "--no-user", *sizes).stdout
+            self.assertEqual(set(re.findall(rb'(\w+)="', text)), {b"share", b"service"})
+            self.assertIn(b'vorn_openfiles_files{share="photo",service="Internal service"} 1\n', text)
+            self.assertIn(b"vorn_openfiles_complete 1\n", text)
 
     def test_output_replaces_the_file_in_one_step(self):
         with open(OUTPUT, "w") as old, open(OUTPUT) as reader:
@@ -64,7 +54,7 @@ class Metrics(unittest.TestCase):
         with open(OUTPUT) as new:
             self.assertIn("vorn_openfiles_complete 1\n", new.read())
         self.assertEqual(stat.S_IMODE(os.stat(OUTPUT).st_mode), 0o644)
-        self.assertEqual(os.listdir(FOLDER), ["vorn_openfiles.prom"])
+        self.assertEqual(os.listdir(TEXTFILES), ["vorn_openfiles.prom"])
 
     def test_output_that_cannot_be_written(self):
         result = run("metrics", "--output", "/nowhere/x.prom")
@@ -76,11 +66,11 @@ class Metrics(unittest.TestCase):
         self.assertEqual([name for name in os.listdir("/tmp") if name.startswith("folder.prom.")], [])
 
     def put(self, path):
-        result = run("metrics", "--output", path, cwd=FOLDER)
+        result = run("metrics", "--output", path, cwd=TEXTFILES)
         return result.returncode, result.stderr.decode().removeprefix("vorn-openfiles: ")
 
     def in_folder(self, name):
-        path = FOLDER + "/" + name
+        path = TEXTFILES + "/" + name
         self.addCleanup(lambda: os.path.lexists(path) and os.unlink(path))
         return path
 
@@ -128,31 +118,17 @@ class Metrics(unittest.TestCase):
         self.assertEqual(self.put("/tmp"), (2, "can't write '/tmp': it is a folder\n"))
 
     def test_output_dash_is_standard_output(self):
-        result = run("metrics", "--output", "-", cwd=FOLDER)
+        result = run("metrics", "--output", "-", cwd=TEXTFILES)
         self.assertEqual((result.returncode, result.stderr), (0, b""))
         self.assertIn(b"vorn_openfiles_complete 1\n", result.stdout)
-        self.assertFalse(os.path.exists(FOLDER + "/-"))
+        self.assertFalse(os.path.exists(TEXTFILES + "/-"))
 
     def test_prometheus_reads_them_from_the_node_exporter(self):
         self.assertEqual(run("metrics", "--output", OUTPUT).returncode, 0)
-        exporter_port, prometheus_port = free_port(), free_port()
-        with open("/tmp/prometheus.yml", "w") as config:
-            config.write("scrape_configs:\n- job_name: node\n  scrape_interval: 1s\n  static_configs:\n"
-                         f"  - targets: ['127.0.0.1:{exporter_port}']\n")
-        quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
-        exporter = subprocess.Popen(
-            ["prometheus-node-exporter", "--collector.disable-defaults", "--collector.textfile",
-             f"--collector.textfile.directory={FOLDER}", f"--web.listen-address=127.0.0.1:{exporter_port}"], **quiet)
-        prometheus = subprocess.Popen(
-            ["prometheus", "--config.file=/tmp/prometheus.yml", "--storage.tsdb.path=/tmp/tsdb",
-             f"--web.listen-address=127.0.0.1:{prometheus_port}"], **quiet)
-        query = urllib.parse.urlencode({"query": "vorn_openfiles_files"})
-        url = f"http://127.0.0.1:{prometheus_port}/api/v1/query?{query}"
-        try:
-            result = wait_until(lambda: asked(url), "Prometheus to have read the metrics")
-        finally:
-            for server in (exporter, prometheus):
-                server.terminate()
-                server.wait()
+        exporter = NodeExporter()
+        self.addCleanup(exporter.stop)
+        prometheus = Prometheus(exporter)
+        self.addCleanup(prometheus.stop)
+        result = wait_until(lambda: prometheus.query("vorn_openfiles_files"), "Prometheus to have read the metrics")
         self.assertEqual({series["metric"]["share"]: series["value"][1] for series in result},
                          {'a "b\\c\n\ufffd': "1", "photo": "1", "music": "1"})
