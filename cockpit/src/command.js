@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+import { combinationOf } from "./combination.js";
 
 /** All that the page knows of the command: how it is asked, what it answers, how it fails. */
 
@@ -71,7 +72,7 @@ const idOf = file => `${file.pid}:${file.full_path_b64 ?? file.full_path}`;
 export function recordOf(file) {
     const user = file.user ?? NONE;
     const host = file.host ?? NONE;
-    return {
+    const record = {
         id: idOf(file),
         service: file.service,
         user,
@@ -91,14 +92,19 @@ export function recordOf(file) {
         folder: file.folder,
         hidden: file.hidden,
         file,
+        combination: null,
         mark: "",
-        markedAt: 0,
         look: 0,
-        turn: 0,
-        sought: [file.service, user, host, file.path, file.full_path, file.pid, file.command, file.owner]
+        seen: 0,
+        sought: [file.service, user, host, ...pathsOf(file), file.pid, file.command, file.owner]
             .join(BETWEEN).toLowerCase(),
     };
+    record.combination = combinationOf(FACETS.map(facet => record[facet]));
+    return record;
 }
+
+/** Those that don't say the same: a path mostly is the end of the full one. */
+const pathsOf = ({ path, full_path: full }) => (full.endsWith(path) ? [full] : [path, full]);
 
 /** The bytes of a record's column, where its text can't show them all. */
 export function bytesOf(record, column) {

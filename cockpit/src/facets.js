@@ -1,25 +1,90 @@
 // SPDX-License-Identifier: MIT
 import { FACETS } from "./command.js";
+import { merged } from "./order.js";
+import { OPEN } from "./records.js";
+
+// What a record fails that fails no facet, or more than one.
+const NONE = -1;
+const SEVERAL = -2;
 
 /**
- * The records that a selection takes, and for each facet how many there are of each value, given
- * what is chosen in the other facets: so a count says what one more click would give.
+ * The records that are chosen, and for each facet how many there are of each value, given what is
+ * chosen in the other facets: so a count says what one more click would give. What is chosen of a
+ * record, and where it counts, goes by its combination of values alone.
  */
-export function select(records, selection) {
-    const chosen = FACETS.map(facet => new Set(selection.chosen[facet]));
-    const counters = FACETS.map(() => new Counter());
-    const shown = [];
-    for (const record of found(records, selection.search)) {
-        const failed = failedFacets(record, chosen);
-        if (failed === NONE) {
-            shown.push(record);
+export class Facets {
+    /** Those that are to be shown, those of them that are open, and counts by facet and value. */
+    shown;
+    count;
+    counts;
+
+    #chosen;
+    #sets;
+    #tallies = new Map();
+
+    constructor(records, chosen) {
+        this.#chosen = chosen;
+        this.#sets = FACETS.map(facet => new Set(chosen[facet]));
+        let tally = null;
+        for (const { combination, seen } of records) {
+            // Most follow their like, in any order.
+            if (tally?.combination !== combination) {
+                tally = this.#tallyOf(combination);
+            }
+            tally.open += seen === OPEN ? 1 : 0;
         }
-        if (record.mark !== "closed") {
-            count(record, failed, counters);
-        }
+        this.shown = this.#takesAll() ? records : records.filter(record => this.#isShown(record));
+        this.#tell();
     }
-    FACETS.forEach((facet, i) => selection.chosen[facet].forEach(value => counters[i].add(value, 0)));
-    return { shown, counts: Object.fromEntries(FACETS.map((facet, i) => [facet, counters[i].counts()])) };
+
+    /** Takes what has changed of the records, which then are these. */
+    change(changes, records, compare) {
+        for (const { record, was, is } of changes) {
+            this.#tallyOf(record.combination).open += (is === OPEN ? 1 : 0) - (was === OPEN ? 1 : 0);
+        }
+        this.shown = this.#takesAll() ? records
+            : merged(this.shown, changes.filter(({ record }) => this.#isShown(record)), compare);
+        this.#tell();
+    }
+
+    #takesAll() {
+        return this.#sets.every(({ size }) => size === 0);
+    }
+
+    #isShown({ combination }) {
+        return this.#tallyOf(combination).failed === NONE;
+    }
+
+    /** How many open ones have a combination, and which facet it fails. */
+    #tallyOf(combination) {
+        const known = this.#tallies.get(combination);
+        const tally = known ?? { combination, failed: this.#failedBy(combination), open: 0 };
+        if (!known) {
+            this.#tallies.set(combination, tally);
+        }
+        return tally;
+    }
+
+    /** A facet by its place in FACETS, or one of the others. */
+    #failedBy(combination) {
+        const failed = [...FACETS.keys()].filter(i => this.#sets[i].size > 0 && !this.#sets[i].has(combination[i]));
+        return failed.length > 1 ? SEVERAL : failed[0] ?? NONE;
+    }
+
+    #tell() {
+        this.count = 0;
+        const counts = FACETS.map(facet => new Map(this.#chosen[facet].map(value => [value, 0])));
+        const add = (i, value, number) => counts[i].set(value, (counts[i].get(value) ?? 0) + number);
+        for (const { combination, failed, open } of this.#tallies.values()) {
+            if (open > 0 && failed >= 0) {
+                add(failed, combination[failed], open);
+            } else if (open > 0 && failed === NONE) {
+                this.count += open;
+                combination.forEach((value, i) => add(i, value, open));
+            }
+        }
+        this.counts = Object.fromEntries(FACETS.map((facet, i) => [facet, counts[i]]));
+    }
 }
 
 /** Values with their counts, biggest first, those of equal count by name. */
@@ -41,70 +106,4 @@ export function groupsOf(records, facet) {
     }
     return [...groups.values()].map(({ seen, ...group }) => group)
         .sort((a, b) => b.files - a.files || (a.value < b.value ? -1 : 1));
-}
-
-// What the last search has found among which records: who types on searches among these alone.
-let last = { records: null, search: "", found: [] };
-
-function found(records, search) {
-    const sought = search.toLowerCase();
-    const words = sought.split(/\s+/).filter(word => word !== "");
-    if (words.length === 0) {
-        return records;
-    }
-    const isLonger = last.records === records && sought.startsWith(last.search);
-    const among = isLonger ? last.found : records;
-    last = {
-        records,
-        search: sought,
-        found: among.filter(record => words.every(word => record.sought.includes(word))),
-    };
-    return last.found;
-}
-
-// Which facet a record fails, by its place in FACETS, or one of these.
-const NONE = -1;
-const SEVERAL = -2;
-
-function failedFacets(record, chosen) {
-    let failed = NONE;
-    for (let i = 0; i < FACETS.length; ++i) {
-        if (chosen[i].size > 0 && !chosen[i].has(record[FACETS[i]])) {
-            if (failed !== NONE) {
-                return SEVERAL;
-            }
-            failed = i;
-        }
-    }
-    return failed;
-}
-
-function count(record, failed, counters) {
-    if (failed >= 0) {
-        counters[failed].add(record[FACETS[failed]], 1);
-    } else if (failed === NONE) {
-        for (let i = 0; i < FACETS.length; ++i) {
-            counters[i].add(record[FACETS[i]], 1);
-        }
-    }
-}
-
-/** How many there are of each value. What follows its like, as most do in any order, is quickly counted. */
-class Counter {
-    #cells = new Map();
-    #value;
-    #cell = { count: 0 };
-
-    add(value, number) {
-        if (value !== this.#value) {
-            this.#value = value;
-            this.#cell = this.#cells.get(value) ?? { count: 0 };
-            this.#cells.set(value, this.#cell);
-        }
-        this.#cell.count += number;
-    }
-
-    counts() {
-        return new Map([...this.#cells].map(([value, { count: number }]) => [value, number]));
-    }
 }

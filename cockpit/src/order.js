@@ -1,56 +1,71 @@
 // SPDX-License-Identifier: MIT
 import { COLUMNS } from "./command.js";
+import { ABSENT } from "./records.js";
 
 // Above so many values the words of a language are compared by their characters alone: a hundred
 // thousand paths would take seconds otherwise.
 const COLLATED = 2000;
 
-// What was ordered last. Most of it is still there a moment later, and what is in order already is
-// quickly sorted.
-let last = { order: "", sorted: [] };
-
-/** The records in the order of a column, and of their paths where that is the same. */
-export function ordered(records, column, descending, language) {
-    const order = [column, descending, language].join();
-    const compare = comparison(records, column, language);
+/**
+ * The order of records by a column, by their paths where that is the same, and by what tells them
+ * apart at last: {compare, knows}. Not every record that comes later can be compared so; "knows" says.
+ */
+export function orderOf(records, { sort, descending }, language) {
+    const { byColumn, knows } = comparison(records, sort, language);
     const sign = descending ? -1 : 1;
-    const sorted = order === last.order ? asBefore(records, last.sorted) : [...records];
-    sorted.sort((a, b) => sign * compare(a, b) || byText(a.full_path, b.full_path));
-    last = { order, sorted };
-    return sorted;
+    const compare = (a, b) => sign * byColumn(a, b) || byText(a.full_path, b.full_path) || byText(a.id, b.id);
+    return { compare, knows };
 }
 
-let turn = 0;
+/** A list in order, without what has gone and with what has come, as Records tells it. */
+export function merged(list, changes, compare) {
+    const pieces = [];
+    let next = 0;
+    const steps = changes.filter(({ was, is }) => was === ABSENT || is === ABSENT)
+        .sort((a, b) => compare(a.record, b.record));
+    for (const { record, is } of steps) {
+        const at = placeOf(list, record, compare);
+        pieces.push(list.slice(next, at));
+        next = Math.max(next, at);
+        if (is === ABSENT) {
+            next = at + 1;
+        } else {
+            pieces.push(record);
+        }
+    }
+    return [].concat(...pieces, list.slice(next));
+}
 
-/** Those that were there before as they were, then those that have come. Marks are quicker than a set. */
-function asBefore(records, sorted) {
-    const wanted = ++turn;
-    const taken = ++turn;
-    const take = record => {
-        const isWanted = record.turn === wanted;
-        record.turn = taken;
-        return isWanted;
-    };
-    records.forEach(record => { record.turn = wanted; });
-    const known = sorted.filter(take);
-    return known.concat(records.filter(take));
+/** Where in a list a record is, or would be. */
+function placeOf(list, record, compare) {
+    let first = 0;
+    let end = list.length;
+    while (first < end) {
+        const middle = (first + end) >> 1;
+        if (compare(list[middle], record) < 0) {
+            first = middle + 1;
+        } else {
+            end = middle;
+        }
+    }
+    return first;
 }
 
 function comparison(records, key, language) {
     const { kind } = COLUMNS.find(column => column.key === key);
     if (kind === "number" || kind === "size") {
-        return (a, b) => (a[key] ?? -1) - (b[key] ?? -1);
+        return { byColumn: (a, b) => (a[key] ?? -1) - (b[key] ?? -1), knows: () => true };
     }
     const values = new Set();
     for (const record of records) {
         values.add(record[key]);
         if (values.size > COLLATED) {
-            return (a, b) => byText(a[key], b[key]);
+            return { byColumn: (a, b) => byText(a[key], b[key]), knows: () => true };
         }
     }
     const { compare } = new Intl.Collator(language.replace("_", "-"), { numeric: true });
     const ranks = new Map([...values].sort(compare).map((value, rank) => [value, rank]));
-    return (a, b) => ranks.get(a[key]) - ranks.get(b[key]);
+    return { byColumn: (a, b) => ranks.get(a[key]) - ranks.get(b[key]), knows: record => ranks.has(record[key]) };
 }
 
 function byText(a, b) {

@@ -3,6 +3,11 @@
 // How long what has come and gone is marked.
 export const MARKED_FOR = 6000;
 
+/** How a record is there: not at all, open, or closed and still shown. */
+export const ABSENT = 0;
+export const OPEN = 1;
+export const CLOSED = 2;
+
 /**
  * The records that are open, and for a while those that were. Looks follow one another where the
  * watch was begun again: what a new one hasn't found when it ends has been closed meanwhile.
@@ -10,9 +15,9 @@ export const MARKED_FOR = 6000;
 export class Records {
     #open = new Map();
     #closed = new Map();
-    #marked = new Set();
+    #marked = new Map(); // Since when, and not in the record: its form would change for all of them.
+    #touched = new Set();
     #look = 0;
-    #all = null;
 
     get size() {
         return this.#open.size;
@@ -21,10 +26,21 @@ export class Records {
     /** How many the present look has found. */
     found = 0;
 
-    /** All that is to be shown; the same array until something changes. */
-    all() {
-        this.#all ??= [...this.#open.values(), ...this.#closed.values()];
-        return this.#all;
+    /** Grows with everything that is to be shown, marks among it. */
+    version = 0;
+
+    /** What is another than when this was asked last: {record, was, is} each. */
+    changes() {
+        const changes = [];
+        for (const record of this.#touched) {
+            const was = record.seen;
+            record.seen = this.#stateOf(record);
+            if (record.seen !== was) {
+                changes.push({ record, was, is: record.seen });
+            }
+        }
+        this.#touched.clear();
+        return changes;
     }
 
     apply({ event, initial, record }, now) {
@@ -50,12 +66,12 @@ export class Records {
 
     /** Forgets marks that are old; gives when to come again, or nothing. */
     expire(now) {
-        for (const record of this.#marked) {
-            if (now - record.markedAt >= MARKED_FOR) {
+        for (const [record, since] of this.#marked) {
+            if (now - since >= MARKED_FOR) {
                 this.#marked.delete(record);
-                this.#closed.delete(record.id);
                 record.mark = "";
-                this.#all = null;
+                this.#closed.delete(record.id);
+                this.#touch(record);
             }
         }
         return this.#marked.size > 0;
@@ -66,19 +82,18 @@ export class Records {
         record.look = this.#look;
         ++this.found;
         if (known) {
-            record.mark = known.mark;
-            record.markedAt = known.markedAt;
-            this.#marked.delete(known);
+            this.#mark(record, known.mark, this.#marked.get(known));
         } else if (!initial || this.#look > 1) {
-            record.mark = "new";
-            record.markedAt = now;
+            this.#mark(record, "new", now);
         }
-        if (record.mark) {
-            this.#marked.add(record);
+        const before = known ?? this.#closed.get(record.id);
+        if (before) {
+            this.#marked.delete(before);
+            this.#closed.delete(before.id);
+            this.#touch(before);
         }
-        this.#closed.delete(record.id);
         this.#open.set(record.id, record);
-        this.#all = null;
+        this.#touch(record);
     }
 
     #remove(record, now) {
@@ -86,10 +101,27 @@ export class Records {
             return;
         }
         this.#open.delete(record.id);
-        record.mark = "closed";
-        record.markedAt = now;
-        this.#marked.add(record);
+        this.#mark(record, "closed", now);
         this.#closed.set(record.id, record);
-        this.#all = null;
+        this.#touch(record);
+    }
+
+    #mark(record, mark, since) {
+        record.mark = mark;
+        if (mark) {
+            this.#marked.set(record, since);
+        }
+    }
+
+    #touch(record) {
+        this.#touched.add(record);
+        ++this.version;
+    }
+
+    #stateOf(record) {
+        if (this.#open.get(record.id) === record) {
+            return OPEN;
+        }
+        return this.#closed.get(record.id) === record ? CLOSED : ABSENT;
     }
 }

@@ -3,11 +3,11 @@ import { useEffect, useMemo, useRef, useState } from "preact/hooks";
 import { useAddress } from "../address.js";
 import { chosenOf, NOTHING } from "../choice.js";
 import { factsFor, folderOfShare } from "../command.js";
-import { groupsOf, select as selectRecords } from "../facets.js";
+import { groupsOf } from "../facets.js";
 import { _, plural } from "../i18n.js";
-import { ordered } from "../order.js";
 import { cleared, isNarrowed, narrowed } from "../selection.js";
 import { Superuser } from "../superuser.js";
+import { View } from "../view.js";
 import { BusyDialog } from "./busy.jsx";
 import { Details } from "./details.jsx";
 import { DisconnectDialog } from "./disconnect.jsx";
@@ -20,7 +20,7 @@ import { Groups, Table } from "./table.jsx";
 import { Toolbar } from "./toolbar.jsx";
 
 export function App({ cockpit, createLive }) {
-    const [live, records] = useLive(cockpit, createLive);
+    const [live, view] = useLive(cockpit, createLive);
     const [superuser, allowed] = useRights(cockpit);
     const [selection, select] = useAddress(cockpit);
     const [opened, setOpened] = useState(null);
@@ -31,11 +31,7 @@ export function App({ cockpit, createLive }) {
 
     useEffect(() => live.want(factsFor(selection.columns, selection.group !== "")),
               [selection.columns, selection.group]);
-    const sorted = useMemo(() => ordered(records, selection.sort, selection.descending, cockpit.language),
-                           [records, selection.sort, selection.descending]);
-    const { shown, counts } = useMemo(() => selectRecords(sorted, selection),
-                                      [sorted, selection.search, selection.chosen]);
-    const count = useMemo(() => countOpen(shown), [shown]);
+    const { records, shown, count, counts } = view.ask(selection, cockpit.language);
     const chosen = useMemo(() => chosenOf(shown, choice), [shown, choice]);
     const retry = () => live.start();
 
@@ -109,10 +105,6 @@ function Content({ live, records, shown, selection, select, ...table }) {
     return <Table records={shown} selection={selection} select={select} {...table} />;
 }
 
-function countOpen(records) {
-    return records.reduce((sum, record) => sum + (record.mark === "closed" ? 0 : 1), 0);
-}
-
 /** The folder of the one share that is chosen, to begin with. */
 function placeOf(shown, selection) {
     const [share, ...others] = selection.chosen.share;
@@ -121,24 +113,29 @@ function placeOf(shown, selection) {
 }
 
 /**
- * The records, followed for as long as the page can be seen: how, and those to be shown. These stay
- * the same from one update to the next, so that a key that is pressed meanwhile orders nothing anew.
+ * The records, followed for as long as the page can be seen: how, and the view of them. What is in
+ * this stays the same from one update to the next.
  */
 function useLive(cockpit, createLive) {
-    const [shown, setShown] = useState({ records: [] });
+    const [, setShown] = useState();
     const live = useRef();
+    const view = useRef();
     const update = useRef();
-    update.current ??= atIntervals(() => setShown({ records: live.current.records.all() }));
+    view.current ??= new View();
+    update.current ??= atIntervals(() => {
+        view.current.take(live.current.records.changes());
+        setShown({});
+    });
     live.current ??= createLive(update.current);
     useEffect(() => {
         const follow = () => (cockpit.hidden || document.hidden ? live.current.stop() : live.current.start());
         const leave = () => live.current.stop();
         const expire = setInterval(() => {
-            const before = live.current.records.all();
+            const { version } = live.current.records;
             if (!live.current.paused) {
                 live.current.records.expire(Date.now());
             }
-            if (live.current.records.all() !== before) {
+            if (live.current.records.version !== version) {
                 update.current();
             }
         }, 1000);
@@ -152,7 +149,7 @@ function useLive(cockpit, createLive) {
             leave();
         };
     }, []);
-    return [live.current, shown.records];
+    return [live.current, view.current];
 }
 
 // Who types sees what is found at once, and what is new after a pause of so many milliseconds.

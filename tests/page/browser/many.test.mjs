@@ -42,4 +42,19 @@ test("of a hundred thousand files a window of rows is made; search, order and co
     await page.locator("tr.new", { hasText: "photo/one-more" }).waitFor();
     await page.getByRole("searchbox").fill("");
     await found("100,001").waitFor();
+
+    // What opens and closes while somebody types is in its place and counted in the end.
+    const several = await hold(Array.from({ length: 200 }, (_, index) => `/volume1/photo/several-${index}`));
+    await page.getByRole("searchbox").pressSequentially("photo/several-1", { delay: 100 });
+    await found("111").waitFor();
+    await page.getByRole("searchbox").fill("");
+    await found("100,201").waitFor();
+    await facet("photo 201").waitFor();
+    await host.do("end", { what: several });
+    await facet("photo 1").waitFor();
+    await found("100,001").waitFor();
+    await page.locator(".table-scroller").evaluate(scroller => { scroller.scrollTop = 0; });
+    await page.getByRole("columnheader", { name: "Path" }).getByRole("button").click();
+    await until(async () => (await pathsIn(page)).slice(0, 2).join() === `photo/one-more,${FOLDER}/0/file-000000.dat`,
+                "those that were closed to go");
 });

@@ -2,7 +2,7 @@
 import assert from "node:assert/strict";
 import { beforeEach, test } from "node:test";
 import { Live } from "../../../cockpit/src/live.js";
-import { fileOf } from "./samples.mjs";
+import { allOf, fileOf } from "./samples.mjs";
 
 /** A process as cockpit.spawn gives it, which says what a test has it say. */
 class Process {
@@ -40,7 +40,7 @@ let processes;
 let live;
 const [watches, counts] = ["--watch", "--count-by"].map(option =>
     () => processes.filter(process => process.command.includes(option)));
-const paths = () => live.records.all().map(record => record.path + record.mark);
+const paths = () => allOf(live.records).map(record => record.path + record.mark);
 
 beforeEach(() => {
     processes = [];
