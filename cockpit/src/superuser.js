@@ -1,12 +1,29 @@
 // SPDX-License-Identifier: MIT
 
-/** Cockpit's own administrative access: its bridge asks what sudo or polkit ask. */
+/**
+ * Cockpit's own administrative access: its bridge asks what sudo or polkit ask. cockpit.permission()
+ * can't stand beside it: that loads the page again as soon as the bridge begins to ask.
+ */
 export class Superuser {
     #proxy;
+    #before = null;
 
-    constructor(cockpit, changed) {
+    /** @param reload called when it is had, or no more: what was begun before has the other rights */
+    constructor(cockpit, changed, reload) {
         this.#proxy = cockpit.dbus(null, { bus: "internal" }).proxy("cockpit.Superuser", "/superuser");
-        this.#proxy.addEventListener("changed", changed);
+        this.#proxy.addEventListener("changed", () => {
+            const before = this.#before;
+            this.#before = this.allowed;
+            if (before !== null && this.allowed !== null && before !== this.allowed) {
+                reload();
+            }
+            changed();
+        });
+    }
+
+    /** Whether it is had; null as long as that isn't known. While the bridge asks it is not had yet. */
+    get allowed() {
+        return this.#proxy.valid ? this.#proxy.Current !== "none" && this.#proxy.Current !== "init" : null;
     }
 
     /** Whether there is a way to get it, and it isn't had already. */
@@ -16,7 +33,7 @@ export class Superuser {
 
     /**
      * Begins; ask({message, prompt, error, echo}) is called for each question. Settles when it is
-     * had or refused. Cockpit then loads the page again.
+     * had or refused.
      */
     async start(ask) {
         const onPrompt = (_event, message, prompt, _preset, echo, error) =>

@@ -181,11 +181,7 @@ function atIntervals(call) {
 function useRights(cockpit) {
     const [, setVersion] = useState(0);
     const superuser = useRef();
-    const permission = useRef();
-    superuser.current ??= new Superuser(cockpit, () => setVersion(version => version + 1));
-    permission.current ??= cockpit.permission({ admin: true });
-    useEffect(() => {
-        permission.current.addEventListener("changed", () => setVersion(version => version + 1));
-    }, []);
-    return [superuser.current, permission.current.allowed === true];
+    superuser.current ??= new Superuser(cockpit, () => setVersion(version => version + 1),
+                                        () => window.location.reload());
+    return [superuser.current, superuser.current.allowed === true];
 }
