@@ -3,7 +3,7 @@
 #
 #   scripts/install-deps.sh [GROUP...]
 #
-# Groups: build, run, test, e2e, page, bench, vm. Without a group: all but page and vm.
+# Groups: build, run, test, e2e, centre, page, bench, vm. Without a group: all but page and vm.
 #
 # Needs root or sudo when something is missing, nothing otherwise: a second run touches neither
 # network nor disk. Servers that the end-to-end tests start for themselves are installed, but not
@@ -92,6 +92,17 @@ packages[e2e]='
     samba
     smbclient
     vsftpd
+'
+
+# The centre that keeps the events of many hosts: its engines, and what its tests need.
+packages[centre]='
+    nginx
+    openssl
+    postgresql
+    python3
+    python3-psycopg
+    python3-systemd
+    systemd-journal-remote
 '
 
 # The page for Cockpit: to build it and to look at it in a browser.
@@ -197,7 +208,7 @@ apt_get() {
         apt-get --quiet --yes -o DPkg::Lock::Timeout=600 "$@"
 }
 
-[[ $# -gt 0 ]] || set -- build run test e2e bench
+[[ $# -gt 0 ]] || set -- build run test e2e centre bench
 listed=$(packages_of "$@")
 
 # Debian lets no two FTP servers be installed: this one is unpacked beside the other.
