@@ -31,7 +31,7 @@ PROGRAMS = sorted(glob.glob("/usr/lib/postgresql/*/bin"))[-1]
 
 # Tests are root, and ask as whom they like; everybody else is who he is.
 HBA = "local all all peer map=tests\n"
-IDENT = "tests root postgres\ntests root reader\ntests root vorn-openfiles-load\ntests /^(.*)$ \\1\n"
+IDENT = "tests root postgres\ntests root reader\ntests root stranger\ntests root vorn-openfiles-load\ntests /^(.*)$ \\1\n"
 
 sys.path.insert(0, CENTRE)
 
@@ -125,7 +125,8 @@ def new_centre():
         connection.execute("create database vornopenfiles owner vorn_owner template empty_centre")
     shutil.rmtree(JOURNALS)
     os.mkdir(JOURNALS)
-    shutil.chown(JOURNALS, USER)
+    shutil.chown(JOURNALS, USER, USER)
+    os.chmod(JOURNALS, 0o2770)  # as it is installed: what the receiver writes is the loader's to read
 
 
 def loader(*arguments, user=None):

@@ -107,7 +107,7 @@ class Questions(unittest.TestCase):
         loader("--setup")
         with self.assertRaises(psycopg.OperationalError) as caught:
             connect("stranger")
-        self.assertRegex(str(caught.exception), "stranger")
+        self.assertIn("does not have CONNECT privilege", str(caught.exception))
 
 
 class Keeping(unittest.TestCase):
