@@ -19,7 +19,7 @@ installed() { # NAME
 # Each file is of one component, which the packages have by their names.
 install_into all "$build"
 for component in libvornfilehandle libvornplatform libvornfilehandle-dev vorn-openfiles \
-    vorn-services vorn-slices cockpit-vorn-openfiles; do
+    vorn-services vorn-slices vorn-openfiles-centre cockpit-vorn-openfiles; do
     # The page is there only where it could be built.
     mkdir -p "$folder/$component"
     install_into "$component" "$build" --component "$component"
