@@ -36,9 +36,14 @@ IDENT = "tests root postgres\ntests root reader\ntests root stranger\ntests root
 sys.path.insert(0, CENTRE)
 
 
+# Quick, and safe as long as the machine goes on: what the tests kill is processes.
+QUICK = ("fsync=off", "shared_buffers=16MB", "max_wal_size=64MB", "autovacuum=off")
+
+
 class PostgreSQL:
-    def __init__(self, data):
+    def __init__(self, data, settings=QUICK):
         self.data = data
+        self._settings = [word for setting in settings for word in ("-c", setting)]
         self._process = None
 
     def create(self):
@@ -55,8 +60,7 @@ class PostgreSQL:
 
     def start(self):
         self._process = start(
-            [f"{PROGRAMS}/postgres", "-D", self.data, "-k", SOCKETS, "-c", "listen_addresses=", "-c", "fsync=off",
-             "-c", "shared_buffers=16MB", "-c", "max_wal_size=64MB", "-c", "autovacuum=off"],
+            [f"{PROGRAMS}/postgres", "-D", self.data, "-k", SOCKETS, "-c", "listen_addresses=", *self._settings],
             user="postgres", stderr=subprocess.DEVNULL)
         wait_until(self.answers, "PostgreSQL to answer")
 
@@ -66,6 +70,10 @@ class PostgreSQL:
             return True
         except psycopg.OperationalError:
             return False
+
+    @property
+    def pid(self):
+        return self._process.pid
 
     def kill(self):
         """As a power cut would: the postmaster and all that it has started, which share its memory."""
@@ -100,13 +108,13 @@ def do(query, *values):
         connection.execute(query, values or None)
 
 
-def set_up_centre(data=f"{FOLDER}/data"):
+def set_up_centre(data=f"{FOLDER}/data", settings=QUICK):
     """For setUpModule(): PostgreSQL, and an empty centre that new_centre() copies."""
     try:
         pwd.getpwnam(USER)
     except KeyError:
         output_of(["useradd", "--system", USER])
-    postgresql = PostgreSQL(data)
+    postgresql = PostgreSQL(data, settings)
     postgresql.create()
     postgresql.start()
     unittest.addModuleCleanup(postgresql.stop)

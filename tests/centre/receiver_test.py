@@ -23,9 +23,17 @@ URL = "https://localhost:19533"
 EVENTS = 10_000
 
 
+postgresql = None  # of the module
+
+
 def setUpModule():
+    set_up_receiver()
+
+
+def set_up_receiver(**options):
+    global postgresql  # pylint: disable=global-statement
     output_of(["systemd-sysusers", f"{CENTRE}/receiver/sysusers.conf"])
-    set_up_centre()
+    postgresql = set_up_centre(**options)
     for folder in (CERTIFICATES, ETC, SOCKETS, CREDENTIALS, f"/run/{RECEIVER}"):
         os.makedirs(folder)
     shutil.chown(f"/run/{RECEIVER}", RECEIVER)
