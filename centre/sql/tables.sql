@@ -10,7 +10,7 @@ create table vorn_data.settings (
     retention_months integer not null default 13 check (retention_months > 0),  -- whole months beside this one
     personal_days integer not null default 90 check (personal_days >= 0),       -- users and client hosts are known
     refused_days integer not null default 30 check (refused_days >= 0),         -- entries that were put aside
-    journal_days integer not null default 7 check (journal_days >= 0),          -- journal files that are loaded
+    journal_days integer not null default 2 check (journal_days >= 0),          -- journal files that are loaded
     heartbeat interval not null default '60 seconds'                            -- as the hosts send them
 );
 insert into vorn_data.settings default values;
