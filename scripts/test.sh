@@ -9,7 +9,7 @@
 #   shell     shellcheck over every script
 #   format    clang-format over every source, header guards, licences
 #   build     release build, warnings are errors
-#   test      all tests: unit, platform, faults, cli, slices, package, flood, hostile, e2e
+#   test      all tests: unit, platform, faults, cli, slices, package, flood, hostile, e2e, centre
 #   tidy      clang-tidy over library, stand-in, command and vorn-slices
 #   cppcheck  cppcheck over the same
 #   sanitize  build with AddressSanitizer and UndefinedBehaviorSanitizer
