@@ -36,6 +36,7 @@ class JournalFile:
         self.archived = False
         self.changed = 0      # nanoseconds
         self.finished = False
+        self.held = None      # cursor of the last entry, until it has been read again
         self._seen = None
         self._reader = None
         self._used = 0
@@ -47,7 +48,8 @@ class JournalFile:
         self._stamp = (status.st_mtime_ns, status.st_size)
 
     def has_news(self):
-        return not self.finished and (self._seen != self._stamp or self.changed > time.time_ns() - SETTLED)
+        return not self.finished and (
+            self.held is not None or self._seen != self._stamp or self.changed > time.time_ns() - SETTLED)
 
     def read(self, limit):
         """Up to so many entries, and whether these were the last."""
@@ -55,21 +57,34 @@ class JournalFile:
         entries = []
         try:
             self._open()
-            while len(entries) < limit:
+            while len(entries) <= limit:
                 fields = self._reader.get_next()
                 if not fields:
                     break
-                self.cursor = fields["__CURSOR"]
-                entries.append((self, self.cursor, fields))
+                entries.append((self, fields["__CURSOR"], fields))
+            at_end = len(entries) <= limit
+            self._put_back(entries, at_end, archived)
         except OSError as error:
-            return entries, self._give_up(error, stamp)
-        at_end = len(entries) < limit
+            at_end = self._give_up(error)
+        if entries:
+            self.cursor = entries[-1][1]
         if at_end:
             self._seen = stamp
             self.finished = archived
         if self.finished:
             self.close()
         return entries, at_end
+
+    def _put_back(self, entries, at_end, archived):
+        """One that was read beyond the limit; or the last one, which may lack fields: its writer links them one
+        by one, and what isn't linked yet is passed over without a word. It is read again at the next look."""
+        before, self.held = self.held, None
+        if not entries or at_end and (archived or entries[-1][1] == before):
+            return
+        cursor = entries.pop()[1]
+        self._reader.seek_cursor(cursor)
+        if at_end:
+            self.held = cursor
 
     def _open(self):
         self._used = time.monotonic()
@@ -84,12 +99,11 @@ class JournalFile:
                 reader.seek_head()
         self._reader = reader
 
-    def _give_up(self, error, stamp):
+    def _give_up(self, error):
         """What can't be read is left until it changes, and what is missing then shows by its numbers."""
         self.close()
-        self._seen = stamp
-        self.finished = self.archived
-        print(f"{self.path}: {error.strerror}, read up to {self.cursor or 'nothing'}", file=sys.stderr, flush=True)
+        self.held = None
+        print(f"{self.path}: {error.strerror}, left as it is until it changes", file=sys.stderr, flush=True)
         return True
 
     def close_if_idle(self):
@@ -168,6 +182,9 @@ class Journals:
         if name not in self._odd and len(self._odd) < 1000:
             self._odd.add(name)
             print(f"{self._folder}/{name}: no journal of a node, left alone", file=sys.stderr, flush=True)
+
+    def holds_back(self):
+        return any(file.held is not None for file in self._files.values())
 
     def present(self):
         return list(self._files)

@@ -51,7 +51,7 @@ class Loader:
                     break
                 wait = min(2 * wait, LONGEST_WAIT)
                 continue
-            if not loaded and (once or ended(PAUSE)):
+            if not loaded and (once and not self._journals.holds_back() or ended(PAUSE)):
                 break
         self._forget()
 
