@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -10,7 +9,7 @@
 #include <csignal>
 
 #include "cli/commands/commands.h"
-#include "cli/events/line_output.h"
+#include "cli/events/destination.h"
 #include "cli/events/recorder.h"
 #include "cli/host/rights.h"
 #include "cli/host/volumes.h"
@@ -64,22 +63,23 @@ class Events {
 public:
     explicit Events(const Options& options)
         : scope_(ScopeOf(options.question.selection.paths)),
+          journal_(options.journal),
           heartbeat_(std::chrono::duration_cast<Clock::duration>(
               std::chrono::duration<double>(options.heartbeatSeconds))),
-          recorder_(watch_, scope_.paths, RoomForProcesses(), lines_) {}
+          to_(journal_ ? ToJournal(signals_.Fd()) : ToStandardOutput(signals_.Fd())),
+          recorder_(watch_, scope_.paths, RoomForProcesses(), *to_.teller) {}
 
     int Run() {
         WatchVolumes();
         next_ = Clock::now() + heartbeat_;
-        while (output_.Flush() && WaitForEvents()) {
+        while (to_.output->Flush() && WaitForEvents()) {
             recorder_.TellSome();
             if (Clock::now() >= next_) {
-                lines_.Plain("heartbeat", MomentNow());
+                to_.teller->Plain("heartbeat", MomentNow());
                 next_ = Clock::now() + heartbeat_;
             }
         }
-        TellTheRest();
-        return kFound;
+        return TellTheRest();
     }
 
 private:
@@ -87,19 +87,18 @@ private:
         if (const std::string missing = MissingRights(OwnRights()); !missing.empty()) {
             Complain(missing);
         }
-        std::vector<std::string> watched;
-        std::vector<std::string> unwatched;
+        Coverage coverage;
         for (const std::string& volume : scope_.volumes) {
             const std::string reason = watch_.Add(volume);
-            (reason.empty() ? watched : unwatched).push_back(volume);
+            (reason.empty() ? coverage.watched : coverage.unwatched).push_back(volume);
             if (!reason.empty()) {
                 Complain(fmt::format("can't watch {}: {}", Escaped(volume, true), reason));
             }
         }
-        if (watched.empty()) {
+        if (coverage.watched.empty()) {
             throw Failure("none of the volumes can be watched");
         }
-        lines_.Started(MomentNow(), watched, unwatched);
+        to_.teller->Started(MomentNow(), coverage);
     }
 
     /** Until there are some, or it is time; false when it is to end. */
@@ -107,29 +106,34 @@ private:
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(next_ - Clock::now());
         // A closed pipe is told as an error whatever is asked for.
         struct pollfd watched[] = {
-            {watch_.Fd(), POLLIN, 0}, {signals_.Fd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+            {watch_.Fd(), POLLIN, 0}, {signals_.Fd(), POLLIN, 0}, {to_.reader, 0, 0}};
         poll(watched, 3, static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 1 << 30)));
         return watched[1].revents == 0 && (watched[2].revents & (POLLERR | POLLHUP)) == 0;
     }
 
-    /** What had happened before the signal, as far as the kernel's queue can have held it. */
-    void TellTheRest() {
+    /**
+     * What had happened before the signal, as far as the kernel's queue can have held it.
+     *
+     * @return the exit status
+     */
+    int TellTheRest() {
         constexpr int kReads = 256;
         for (int i = 0; i < kReads && recorder_.TellSome(); ++i) {
         }
-        lines_.Plain("stopped", MomentNow());
-        output_.FlushLast();
+        to_.teller->Plain("stopped", MomentNow());
+        const bool told = to_.output->FlushLast();
         // What is left of them would end the process with the block that they are under.
         while (signals_.Next() != 0) {
         }
+        return told || !journal_ ? kFound : kFailed;
     }
 
     const Scope scope_;
+    const bool journal_;
     const Clock::duration heartbeat_;
     const Signals signals_{SIGINT, SIGTERM, SIGHUP};
     FileWatch watch_;
-    LineOutput output_{STDOUT_FILENO, signals_.Fd()};
-    EventLines lines_{NewOrigin(), output_.Text()};
+    Destination to_;
     Recorder recorder_;
     Clock::time_point next_;
 };

@@ -2,35 +2,14 @@
 #include "cli/events/event_lines.h"
 
 #include <fmt/format.h>
-#include <sys/random.h>
-#include <sys/utsname.h>
 
-#include <array>
-#include <chrono>
-#include <cstdio>
-
-#include "cli/failure.h"
 #include "cli/text/json_text.h"
 #include "cli/text/number_text.h"
-#include "support/read_file.h"
-#include "support/text.h"
 
 namespace cli {
 namespace {
 
 constexpr Moment kSecond = 1000000;
-
-std::string RandomId() {
-    std::array<unsigned char, 16> bytes{};
-    if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-        throw Failure("the kernel gives no random numbers");
-    }
-    std::string id;
-    for (const unsigned char byte : bytes) {
-        id += fmt::format("{:02x}", byte);
-    }
-    return id;
-}
 
 /** A text, or null for an empty one. */
 void AppendKnown(std::string& out, std::string_view key, std::string_view text) {
@@ -61,8 +40,7 @@ std::string NumberOrNull(std::uint64_t number) {
 }
 
 void AppendFile(std::string& out, const ToldFile& file) {
-    static const ProcessAnswer kUnknown;
-    const ProcessAnswer& process = file.process != nullptr ? *file.process : kUnknown;
+    const ProcessAnswer& process = file.Process();
     out += '{';
     AppendKnown(out, "service", process.texts.service);
     out += fmt::format(",\"pid\":{},", NumberOrNull(static_cast<std::uint64_t>(file.pid)));
@@ -80,18 +58,6 @@ void AppendFile(std::string& out, const ToldFile& file) {
 
 }  // namespace
 
-Moment MomentNow() {
-    const auto since = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::microseconds>(since).count();
-}
-
-Origin NewOrigin() {
-    struct utsname names {};
-    uname(&names);
-    const std::string machine = support::ReadFile("/etc/machine-id");
-    return {names.nodename, std::string(support::Trim(machine)), RandomId()};
-}
-
 EventLines::EventLines(const Origin& origin, std::string& out)
     : head_("{\"schema\":2,"), out_(out) {
     AppendJsonMember(head_, "node", origin.node);
@@ -100,38 +66,31 @@ EventLines::EventLines(const Origin& origin, std::string& out)
     head_ += fmt::format(",\"run\":\"{}\",\"seq\":", origin.run);
 }
 
-void EventLines::Begin(std::string_view event, Moment at) {
+void EventLines::Begin(const Event& event) {
     // Many events have the second in common.
-    if (second_ != at / kSecond) {
-        second_ = at / kSecond;
+    if (second_ != event.at / kSecond) {
+        second_ = event.at / kSecond;
         secondText_ = UtcTime(second_);
         secondText_.pop_back();
     }
     out_ += head_;
-    out_ += fmt::format("{},\"at\":\"{}.{:06}Z\",\"event\":\"{}\"", ++number_, secondText_,
-                        at % kSecond, event);
+    out_ += fmt::format("{},\"at\":\"{}.{:06}Z\",\"event\":\"{}\"", event.number, secondText_,
+                        event.at % kSecond, event.name);
 }
 
-void EventLines::Started(Moment at, const std::vector<std::string>& volumes,
-                         const std::vector<std::string>& unwatched) {
-    Begin("started", at);
-    AppendList(out_, "volumes", volumes);
-    AppendList(out_, "unwatched", unwatched);
-    out_ += "}\n";
-}
-
-void EventLines::File(std::string_view event, Moment at, const ToldFile& file) {
-    Begin(event, at);
-    out_ += ',';
-    AppendKnown(out_, "volume", file.volume);
-    out_ += fmt::format(",\"process_start\":{},\"file\":",
-                        NumberOrNull(file.process != nullptr ? file.process->start : 0));
-    AppendFile(out_, file);
-    out_ += "}\n";
-}
-
-void EventLines::Plain(std::string_view event, Moment at) {
-    Begin(event, at);
+void EventLines::Tell(const Event& event) {
+    Begin(event);
+    if (event.coverage != nullptr) {
+        AppendList(out_, "volumes", event.coverage->watched);
+        AppendList(out_, "unwatched", event.coverage->unwatched);
+    }
+    if (event.file != nullptr) {
+        out_ += ',';
+        AppendKnown(out_, "volume", event.file->volume);
+        out_ += fmt::format(",\"process_start\":{},\"file\":",
+                            NumberOrNull(event.file->Process().start));
+        AppendFile(out_, *event.file);
+    }
     out_ += "}\n";
 }
 

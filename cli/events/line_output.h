@@ -5,13 +5,12 @@
 #include <cstddef>
 #include <string>
 
+#include "cli/events/event_output.h"
+
 namespace cli {
 
-/**
- * Text on its way to a reader who may take none of it: a signal is heeded meanwhile. Behind a slow
- * one the kernel's queue runs over, and nobody else waits.
- */
-class LineOutput {
+/** Lines on their way to a descriptor. */
+class LineOutput : public EventOutput {
 public:
     /** @param signals  readable when there is one. Both descriptors stay the caller's */
     LineOutput(int fd, int signals) : fd_(fd), signals_(signals) {}
@@ -19,10 +18,8 @@ public:
     /** Where to append to. */
     std::string& Text() { return text_; }
 
-    /** Writes all of it; false when there was a signal first, or the reader has gone. */
-    bool Flush();
-    /** The same whatever signals there are, to a reader who takes a part within a second. */
-    bool FlushLast();
+    bool Flush() override;
+    bool FlushLast() override;
 
     /** The reader has gone: what was written is all that it wanted. */
     bool IsClosed() const { return closed_; }

@@ -30,10 +30,10 @@ bool IsGone(const std::string& path) {
 }  // namespace
 
 Recorder::Recorder(FileWatch& watch, std::vector<std::string> paths, size_t processes,
-                   EventLines& lines)
+                   EventTeller& teller)
     : watch_(watch),
       paths_(std::move(paths)),
-      lines_(lines),
+      teller_(teller),
       folders_([&watch](std::string_view folder) { return watch.PathOf(folder); }, kFolders),
       processes_(AskProcesses, processes),
       own_(getpid()) {}
@@ -54,7 +54,7 @@ bool Recorder::TellSome() {
 
 void Recorder::Tell(const FileEvent& event, const ProcessAnswer* process, Moment at) {
     if (event.IsLost()) {
-        return lines_.Plain("lost", at);
+        return teller_.Plain("lost", at);
     }
     if (event.pid == own_) {
         return;
@@ -73,7 +73,7 @@ void Recorder::Tell(const FileEvent& event, const ProcessAnswer* process, Moment
     file.deleted = file.path && IsGone(*file.path);
     for (const auto& [mask, name] : kEvents) {
         if ((event.mask & mask) != 0) {
-            lines_.File(name, at, file);
+            teller_.File(name, at, file);
         }
     }
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/events/event_lines.h"
+#include "cli/events/event_teller.h"
 #include "cli/events/file_watch.h"
 #include "cli/events/folder_paths.h"
 #include "cli/events/process_memory.h"
@@ -19,7 +19,8 @@ public:
      * @param paths      what is told of: at or below one of them
      * @param processes  that are remembered
      */
-    Recorder(FileWatch& watch, std::vector<std::string> paths, size_t processes, EventLines& lines);
+    Recorder(FileWatch& watch, std::vector<std::string> paths, size_t processes,
+             EventTeller& teller);
 
     /** Tells of some of the waiting events; false when there were none. */
     bool TellSome();
@@ -30,7 +31,7 @@ private:
 
     FileWatch& watch_;
     const std::vector<std::string> paths_;
-    EventLines& lines_;
+    EventTeller& teller_;
     FolderPaths folders_;
     ProcessMemory processes_;
     const pid_t own_;

@@ -38,6 +38,7 @@ struct Options {
     bool force = false;           /**< disconnect: kill what doesn't end by itself */
     double graceSeconds = 10;     /**< disconnect: for what ends by itself */
     double heartbeatSeconds = 60; /**< events: between signs of life */
+    bool journal = false;         /**< events: to systemd's journal */
     std::string outputFile;       /**< metrics: empty or "-" for standard output */
     /** " (did you mean ...)" where the first PATH may have been meant for a command. */
     std::string commandHint;

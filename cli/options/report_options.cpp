@@ -30,6 +30,7 @@ void AddEventsOptions(Parser& parser, Options& options) {
     parser.AddValue("--heartbeat", "a number of seconds", [&options](const auto& text) {
         options.heartbeatSeconds = ParseSeconds("--heartbeat", text);
     });
+    parser.AddFlag("--journal", options.journal);
 }
 
 void CompleteMetricsOptions(Options& options) {

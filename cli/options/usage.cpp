@@ -162,12 +162,13 @@ Examples:
 )";
 
 constexpr std::string_view kEvents =
-    R"(Usage: vorn-openfiles events [--heartbeat SECONDS] [--] [PATH...]
+    R"(Usage: vorn-openfiles events [--journal] [--heartbeat SECONDS] [--] [PATH...]
 
 Tells each open and close of a file on the data volumes as it happens, a line of
 JSON each: what, when, by which process, service, user and host. With PATHs, only
 what is at or below them. Ends with SIGINT, SIGTERM or its reader.
 
+        --journal           into systemd's journal, an entry each, instead
         --heartbeat SECONDS a sign of life (default: 60)
         -h, --help, -V, --version
 

@@ -24,7 +24,7 @@ protected:
 };
 
 TEST_F(Lines, AreNumberedWithoutGaps) {
-    lines_.Started(kMoment, {"/volume1", "/volume2"}, {"/volume3"});
+    lines_.Started(kMoment, {{"/volume1", "/volume2"}, {"/volume3"}});
     lines_.Plain("lost", kMoment);
     lines_.Plain("stopped", kMoment);
     EXPECT_EQ(out_,
