@@ -11,6 +11,7 @@
 #include "cli/commands/commands.h"
 #include "cli/events/destination.h"
 #include "cli/events/recorder.h"
+#include "cli/events/volume_looks.h"
 #include "cli/host/rights.h"
 #include "cli/host/volumes.h"
 #include "cli/process/output.h"
@@ -59,24 +60,27 @@ size_t RoomForProcesses() {
     return std::clamp(limit.rlim_cur, 2 * kOthers, kWanted) - kOthers;
 }
 
+Clock::duration Seconds(double seconds) {
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
+}
+
 class Events {
 public:
     explicit Events(const Options& options)
-        : scope_(ScopeOf(options.question.selection.paths)),
-          journal_(options.journal),
-          heartbeat_(std::chrono::duration_cast<Clock::duration>(
-              std::chrono::duration<double>(options.heartbeatSeconds))),
-          to_(journal_ ? ToJournal(signals_.Fd()) : ToStandardOutput(signals_.Fd())),
-          recorder_(watch_, scope_.paths, RoomForProcesses(), *to_.teller) {}
+        : options_(options),
+          scope_(ScopeOf(options.question.selection.paths)),
+          to_(options.journal ? ToJournal(signals_.Fd()) : ToStandardOutput(signals_.Fd())),
+          recorder_(watch_, scope_.paths, RoomForProcesses(), *to_.teller),
+          looks_(scope_.paths, coverage_, *to_.teller, [this] { return to_.output->Flush(); }) {}
 
     int Run() {
         WatchVolumes();
-        next_ = Clock::now() + heartbeat_;
-        while (to_.output->Flush() && WaitForEvents()) {
+        heartbeat_ = Clock::now() + Seconds(options_.heartbeatSeconds);
+        while (to_.output->Flush() && LookWhenItIsTime() && WaitForEvents()) {
             recorder_.TellSome();
-            if (Clock::now() >= next_) {
+            if (Clock::now() >= heartbeat_) {
                 to_.teller->Plain("heartbeat", MomentNow());
-                next_ = Clock::now() + heartbeat_;
+                heartbeat_ = Clock::now() + Seconds(options_.heartbeatSeconds);
             }
         }
         return TellTheRest();
@@ -87,23 +91,43 @@ private:
         if (const std::string missing = MissingRights(OwnRights()); !missing.empty()) {
             Complain(missing);
         }
-        Coverage coverage;
         for (const std::string& volume : scope_.volumes) {
             const std::string reason = watch_.Add(volume);
-            (reason.empty() ? coverage.watched : coverage.unwatched).push_back(volume);
-            if (!reason.empty()) {
-                Complain(fmt::format("can't watch {}: {}", Escaped(volume, true), reason));
+            if (reason.empty()) {
+                coverage_.watched.push_back(volume);
+            } else {
+                DoWithout(volume, reason);
             }
         }
-        if (coverage.watched.empty()) {
+        if (coverage_.watched.empty() && coverage_.lookedAt.empty()) {
             throw Failure("none of the volumes can be watched");
         }
-        to_.teller->Started(MomentNow(), coverage);
+        to_.teller->Started(MomentNow(), coverage_);
+    }
+
+    /** What the kernel doesn't tell of, looks may find. */
+    void DoWithout(const std::string& volume, const std::string& reason) {
+        const auto& seconds = options_.intervalSeconds;
+        (seconds ? coverage_.lookedAt : coverage_.unwatched).push_back(volume);
+        Complain(fmt::format("can't watch {}{}: {}", Escaped(volume, true),
+                             seconds ? fmt::format(", looks at it every {} s", *seconds) : "",
+                             reason));
+    }
+
+    /** The first time at once. @return false when it is to end */
+    bool LookWhenItIsTime() {
+        if (looks_.IsOver() || Clock::now() < look_) {
+            return true;
+        }
+        const bool goesOn = looks_.Look() && to_.output->Flush();
+        look_ = Clock::now() + Seconds(options_.intervalSeconds.value_or(kRetrySeconds));
+        return goesOn;
     }
 
     /** Until there are some, or it is time; false when it is to end. */
     bool WaitForEvents() const {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(next_ - Clock::now());
+        const Clock::time_point next = looks_.IsOver() ? heartbeat_ : std::min(heartbeat_, look_);
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(next - Clock::now());
         // A closed pipe is told as an error whatever is asked for.
         struct pollfd watched[] = {
             {watch_.Fd(), POLLIN, 0}, {signals_.Fd(), POLLIN, 0}, {to_.reader, 0, 0}};
@@ -125,17 +149,22 @@ private:
         // What is left of them would end the process with the block that they are under.
         while (signals_.Next() != 0) {
         }
-        return told || !journal_ ? kFound : kFailed;
+        return told || !options_.journal ? kFound : kFailed;
     }
 
+    /** A first look that has failed is taken again. */
+    static constexpr double kRetrySeconds = 2;
+
+    const Options& options_;
     const Scope scope_;
-    const bool journal_;
-    const Clock::duration heartbeat_;
     const Signals signals_{SIGINT, SIGTERM, SIGHUP};
     FileWatch watch_;
     Destination to_;
+    Coverage coverage_;
     Recorder recorder_;
-    Clock::time_point next_;
+    VolumeLooks looks_;
+    Clock::time_point heartbeat_;
+    Clock::time_point look_;
 };
 
 }  // namespace

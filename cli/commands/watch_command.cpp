@@ -13,7 +13,7 @@
 #include "cli/process/output.h"
 #include "cli/process/signals.h"
 #include "cli/process/terminal.h"
-#include "cli/question/changes.h"
+#include "cli/question/open_files.h"
 #include "cli/text/escape.h"
 
 namespace cli {
@@ -82,23 +82,19 @@ private:
     void Look() {
         next_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                    std::chrono::duration<double>(*options_.watchSeconds));
-        if (looked_) {
-            last_ = std::move(snapshot_);
-        }
-        snapshot_ = TakeSnapshot(options_.question, gate_);
-        looked_ = true;
-        if (!snapshot_.files.empty()) {
+        files_.Take(TakeSnapshot(options_.question, gate_));
+        if (!files_.Look().files.empty()) {
             everFound_ = true;
             gate_.TellFound();
         }
-        if (const std::string lacks = Lacks(snapshot_); options_.strict && !lacks.empty()) {
+        if (const std::string lacks = Lacks(files_.Look()); options_.strict && !lacks.empty()) {
             throw Failure(lacks);
         }
     }
 
     /** Shows the look, on a screen anew whenever its size changes. */
     Wake ShowUntilNext() {
-        const Changes changes = Compare(last_ ? &*last_ : nullptr, snapshot_);
+        const Changes& changes = files_.News();
         if (!onScreen_) {
             WriteEvents(changes, options_.presentation, options_.question.time, output_);
             TellNews();
@@ -106,7 +102,7 @@ private:
         Wake wake = Wake::kResize;
         while (wake == Wake::kResize && !output_.IsClosed()) {
             if (onScreen_) {
-                DrawLook(snapshot_, changes, options_.question, options_.presentation,
+                DrawLook(files_.Look(), changes, options_.question, options_.presentation,
                          *options_.watchSeconds, DescribeTerminal(STDOUT_FILENO), frame_, output_);
             }
             wake = WaitUntil(next_, signals_);
@@ -119,11 +115,12 @@ private:
 
     /** What is the same at every look is said once. A screen shows news itself. */
     void TellNews() {
-        if (!snapshot_.notice.empty() && snapshot_.notice != said_) {
-            Complain(snapshot_.notice);
-            said_ = snapshot_.notice;
+        const std::string& notice = files_.Look().notice;
+        if (!notice.empty() && notice != said_) {
+            Complain(notice);
+            said_ = notice;
         }
-        const std::string lacks = Lacks(snapshot_);
+        const std::string lacks = Lacks(files_.Look());
         // Not each time the processes behind it are others.
         if (!lacks.empty() && !lacked_) {
             Complain(lacks);
@@ -139,9 +136,7 @@ private:
     const Signals signals_{SIGTERM, SIGWINCH, SIGINT, SIGHUP, SIGTSTP};
     Output output_{STDOUT_FILENO};
     Frame frame_;
-    std::optional<Snapshot> last_;
-    Snapshot snapshot_;
-    bool looked_ = false;
+    OpenFiles files_;
     Clock::time_point next_;
     std::string said_;
     bool lacked_ = false;

@@ -34,8 +34,9 @@ Origin NewOrigin();
 
 /** Which volumes are told of, and how. */
 struct Coverage {
-    std::vector<std::string> watched;
-    std::vector<std::string> unwatched;
+    std::vector<std::string> watched;   /**< by the kernel, as it happens */
+    std::vector<std::string> lookedAt;  /**< every few seconds */
+    std::vector<std::string> unwatched; /**< not at all */
 };
 
 /** A file as an event tells of it. */
@@ -46,6 +47,7 @@ struct ToldFile {
     bool deleted = false;            /**< nothing has that path by now */
     pid_t pid = 0;                   /**< 0 for a process outside of this PID namespace */
     const ProcessAnswer* process = nullptr; /**< null for one that had ended */
+    bool initial = false;                   /**< it was open before anybody looked */
 
     /** What is known of the process: nothing of one that had ended. */
     const ProcessAnswer& Process() const;
@@ -56,8 +58,9 @@ struct Event {
     std::uint64_t number = 0;
     Moment at = 0;
     std::string_view name;
-    const Coverage* coverage = nullptr; /**< of "started" */
-    const ToldFile* file = nullptr;     /**< of opens and closes */
+    const Coverage* coverage = nullptr;                /**< of "started" */
+    const ToldFile* file = nullptr;                    /**< of opens and closes */
+    const std::vector<std::string>* reasons = nullptr; /**< of "incomplete" */
 };
 
 }  // namespace cli

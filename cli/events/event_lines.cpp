@@ -82,13 +82,17 @@ void EventLines::Tell(const Event& event) {
     Begin(event);
     if (event.coverage != nullptr) {
         AppendList(out_, "volumes", event.coverage->watched);
+        AppendList(out_, "looked_at", event.coverage->lookedAt);
         AppendList(out_, "unwatched", event.coverage->unwatched);
+    }
+    if (event.reasons != nullptr) {
+        AppendList(out_, "reasons", *event.reasons);
     }
     if (event.file != nullptr) {
         out_ += ',';
         AppendKnown(out_, "volume", event.file->volume);
-        out_ += fmt::format(",\"process_start\":{},\"file\":",
-                            NumberOrNull(event.file->Process().start));
+        out_ += fmt::format(",\"process_start\":{},\"initial\":{},\"file\":",
+                            NumberOrNull(event.file->Process().start), event.file->initial);
         AppendFile(out_, *event.file);
     }
     out_ += "}\n";

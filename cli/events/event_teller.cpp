@@ -15,6 +15,12 @@ void EventTeller::File(std::string_view event, Moment at, const ToldFile& file) 
     Tell(told);
 }
 
+void EventTeller::Incomplete(Moment at, const std::vector<std::string>& reasons) {
+    Event event{++number_, at, "incomplete"};
+    event.reasons = &reasons;
+    Tell(event);
+}
+
 void EventTeller::Plain(std::string_view event, Moment at) {
     Tell({++number_, at, event});
 }

@@ -17,6 +17,8 @@ public:
     void Started(Moment at, const Coverage& coverage);
     /** Of a file: opened, closed, closed-written. */
     void File(std::string_view event, Moment at, const ToldFile& file);
+    /** A look that may lack files, and why. */
+    void Incomplete(Moment at, const std::vector<std::string>& reasons);
     /** Of none: lost, heartbeat, stopped. */
     void Plain(std::string_view event, Moment at);
 

@@ -73,6 +73,9 @@ void AppendFile(std::string& out, const ToldFile& file) {
     if (file.path) {
         AppendField(out, "VORN_DELETED", file.deleted ? "yes" : "no");
     }
+    if (file.initial) {
+        AppendField(out, "VORN_INITIAL", "yes");
+    }
 }
 
 /** Such as "opened /volume1/a: alice from 192.0.2.10, SMB, smbd 4711". */
@@ -101,11 +104,17 @@ std::string Message(const Event& event) {
         return Sentence(event.name, *event.file);
     }
     if (event.coverage != nullptr) {
-        return Escaped(fmt::format("started: watches {}",
-                                   event.coverage->watched.empty()
-                                       ? "nothing"
-                                       : fmt::to_string(fmt::join(event.coverage->watched, ", "))),
-                       true);
+        const auto named = [](std::string_view how, const std::vector<std::string>& volumes) {
+            return volumes.empty() ? "" : fmt::format(" {} {};", how, fmt::join(volumes, ", "));
+        };
+        std::string text = "started:" + named("watches", event.coverage->watched) +
+                           named("looks at", event.coverage->lookedAt) +
+                           named("not", event.coverage->unwatched);
+        text.pop_back();
+        return Escaped(text, true);
+    }
+    if (event.reasons != nullptr) {
+        return Escaped(fmt::format("incomplete: {}", fmt::join(*event.reasons, "; ")), true);
     }
     return std::string(event.name);
 }
@@ -127,7 +136,11 @@ void JournalEntries::Tell(const Event& event) {
     AppendField(out_, "VORN_EVENT", event.name);
     if (event.coverage != nullptr) {
         AppendList(out_, "VORN_VOLUMES", event.coverage->watched);
+        AppendList(out_, "VORN_LOOKED_AT", event.coverage->lookedAt);
         AppendList(out_, "VORN_UNWATCHED", event.coverage->unwatched);
+    }
+    if (event.reasons != nullptr) {
+        AppendList(out_, "VORN_REASON", *event.reasons);
     }
     if (event.file != nullptr) {
         AppendFile(out_, *event.file);

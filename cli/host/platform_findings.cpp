@@ -2,6 +2,7 @@
 #include "cli/host/platform_findings.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <cstdlib>
 
@@ -42,14 +43,18 @@ std::optional<std::vector<Finding>> Ask(int scope) {
     return findings;
 }
 
-std::string Joined(const std::vector<Finding>& findings, std::string_view subject) {
-    std::string reason;
+std::string Joined(const std::vector<std::string>& reasons) {
+    return fmt::format("{}", fmt::join(reasons, "; "));
+}
+
+std::vector<std::string> Reasons(const std::vector<Finding>& findings, std::string_view subject) {
+    std::vector<std::string> reasons;
     for (const Finding& finding : findings) {
         if (finding.costsAnswers && (subject.empty() || finding.subject == subject)) {
-            reason += (reason.empty() ? "" : "; ") + finding.text;
+            reasons.push_back(finding.text);
         }
     }
-    return reason;
+    return reasons;
 }
 
 }  // namespace
@@ -58,14 +63,21 @@ std::optional<std::vector<Finding>> HostFindings() {
     return Ask(VORN_FINDINGS_OF_HOST);
 }
 
+std::vector<std::string> IncompleteReasons() {
+    if (const auto findings = Ask(VORN_FINDINGS_OF_ANSWERS)) {
+        return Reasons(*findings, {});
+    }
+    const std::string missing = MissingRights(OwnRights());
+    return missing.empty() ? std::vector<std::string>() : std::vector{missing};
+}
+
 std::string IncompleteReason() {
-    const auto findings = Ask(VORN_FINDINGS_OF_ANSWERS);
-    return findings ? Joined(*findings, {}) : MissingRights(OwnRights());
+    return Joined(IncompleteReasons());
 }
 
 std::string IncompleteReason(std::string_view subject) {
     const auto findings = Ask(VORN_FINDINGS_OF_ANSWERS);
-    return findings ? Joined(*findings, subject) : std::string();
+    return findings ? Joined(Reasons(*findings, subject)) : std::string();
 }
 
 }  // namespace cli

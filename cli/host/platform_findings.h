@@ -33,6 +33,8 @@ std::optional<std::vector<Finding>> HostFindings();
  * Why lists that were taken by now lack something; empty when they are complete. A platform that
  * can't tell is judged by the rights of this process.
  */
+std::vector<std::string> IncompleteReasons();
+/** The same as one text. */
 std::string IncompleteReason();
 
 /** The same of one subject alone, such as "volumes". */

@@ -39,7 +39,9 @@ struct Options {
     double graceSeconds = 10;     /**< disconnect: for what ends by itself */
     double heartbeatSeconds = 60; /**< events: between signs of life */
     bool journal = false;         /**< events: to systemd's journal */
-    std::string outputFile;       /**< metrics: empty or "-" for standard output */
+    /** events: between looks at volumes that can't be watched; nothing for none. */
+    std::optional<double> intervalSeconds = 2;
+    std::string outputFile; /**< metrics: empty or "-" for standard output */
     /** " (did you mean ...)" where the first PATH may have been meant for a command. */
     std::string commandHint;
 };

@@ -31,6 +31,10 @@ void AddEventsOptions(Parser& parser, Options& options) {
         options.heartbeatSeconds = ParseSeconds("--heartbeat", text);
     });
     parser.AddFlag("--journal", options.journal);
+    parser.AddValue("--interval", "a number of seconds or 'never'", [&options](const auto& text) {
+        options.intervalSeconds =
+            text == "never" ? std::nullopt : std::optional(ParseSeconds("--interval", text));
+    });
 }
 
 void CompleteMetricsOptions(Options& options) {

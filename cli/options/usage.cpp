@@ -162,18 +162,22 @@ Examples:
 )";
 
 constexpr std::string_view kEvents =
-    R"(Usage: vorn-openfiles events [--journal] [--heartbeat SECONDS] [--] [PATH...]
+    R"(Usage: vorn-openfiles events [--journal] [--interval SECONDS] [--heartbeat SECONDS]
+                             [--] [PATH...]
 
 Tells each open and close of a file on the data volumes as it happens, a line of
 JSON each: what, when, by which process, service, user and host. With PATHs, only
 what is at or below them. Ends with SIGINT, SIGTERM or its reader.
 
         --journal           into systemd's journal, an entry each, instead
+        --interval SECONDS  between looks at volumes that the kernel doesn't tell of
+                            (default: 2); never
         --heartbeat SECONDS a sign of life (default: 60)
         -h, --help, -V, --version
 
 Events: started, opened, closed, closed-written (it was open for writing), lost
-(more happened than could be read), heartbeat, stopped.
+(more happened than could be read), incomplete (a look may lack files), heartbeat,
+stopped.
 Takes CAP_SYS_ADMIN and CAP_DAC_READ_SEARCH, which root has, and Linux 5.15.
 Exit status: 0 ended, 2 wrong use or failed.
 

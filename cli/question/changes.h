@@ -4,7 +4,7 @@
 
 /**
  * @file
- * What has changed since the last look.
+ * What has changed since the last look; open_files.h finds it out.
  */
 
 #include <algorithm>
@@ -26,13 +26,6 @@ struct Changes {
     }
     bool Any() const { return !opened.empty() || !closed.empty(); }
 };
-
-/**
- * A record is known by its pid and its full path.
- *
- * @param last  null at the first look
- */
-Changes Compare(const Snapshot* last, const Snapshot& now);
 
 }  // namespace cli
 

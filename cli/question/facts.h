@@ -25,6 +25,7 @@ struct HolderFacts {
     std::string login; /**< who has logged in, whatever the process has become since */
     std::string unit;
     std::optional<std::time_t> started;
+    BootTicks start = 0; /**< the same as the kernel has it: with the pid, one process */
 };
 
 /** A lock that the process has on the file, and who waits for it. */

@@ -92,6 +92,7 @@ private:
             about->owner = User(Column::kOwner, &ProcessFacts::Owner);
             about->login = User(Column::kLogin, &ProcessFacts::Login);
             about->started = process_->Started();
+            about->start = process_->Start();
             about_ = std::move(about);
         }
         return about_;

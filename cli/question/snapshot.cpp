@@ -2,6 +2,7 @@
 #include "cli/question/snapshot.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 
@@ -184,7 +185,8 @@ Snapshot TakeSnapshot(const Question& asked, Gate& gate) {
     snapshot.notice = Joined(snapshot.notice, meaning.notice);
     snapshot.doubt = meaning.doubt;
     // Sources are known to have failed when they have been asked.
-    snapshot.incompleteReason = IncompleteReason();
+    snapshot.incompleteReasons = IncompleteReasons();
+    snapshot.incompleteReason = fmt::format("{}", fmt::join(snapshot.incompleteReasons, "; "));
     return snapshot;
 }
 

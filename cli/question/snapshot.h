@@ -24,6 +24,7 @@ struct Snapshot {
     size_t jobs = 1;        /**< threads that may show them */
     /** Why something is missing from the list; empty when it is complete. */
     std::string incompleteReason;
+    std::vector<std::string> incompleteReasons; /**< the same, one by one */
     /** Why the question may not be what was meant: a PATH that doesn't exist; mostly empty. */
     std::string doubt;
     /** What else the user should know; mostly empty. */

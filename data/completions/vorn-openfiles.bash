@@ -48,7 +48,7 @@ _vorn_openfiles() {
             services) options+=' --json --schema' ;;
             check) options+=' --json --schema --timeout' ;;
             metrics) options+=' --by --timeout --jobs --source --sum --no-user --output' ;;
-            events) options+=' --journal --heartbeat' ;;
+            events) options+=' --journal --interval --heartbeat' ;;
             busy | idle) options+=' --wait --inside --source --json --schema --pids --quiet -q --timeout' ;;
             disconnect) options+=' --by --timeout --jobs --source --where --match --not-where --not-match --since --hidden
                 --folders --deleted --json --yes --dry-run --grace --force' ;;

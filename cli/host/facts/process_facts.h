@@ -53,6 +53,7 @@ public:
         return HasStartedBefore(lookBegan) || !DescriptorsOf(fullPath).empty();
     }
 
+    BootTicks Start() const { return start_; }
     /** When it has started, by today's clock. */
     std::time_t Started() const;
     /** The kernel's name for it, up to 15 bytes of its program's, or what it calls itself. */

@@ -83,16 +83,16 @@ class Kinds(unittest.TestCase):
         self.check("/volume5", "/volume5")
         self.check("/volume5/sub", "/volume5")
 
-    def test_a_subvolume_by_itself_is_named_with_the_reason(self):
+    def test_a_subvolume_by_itself_is_named_with_the_reason_where_nobody_is_to_look_at_it(self):
         device = output_of(["findmnt", "--noheadings", "--output", "SOURCE", "/volume5"]).split()[0]
         volume = Volume("/volume6", device, ["-o", "subvol=sub"])
         self.addCleanup(output_of, ["umount", volume.point])
         reason = "vorn-openfiles: can't watch /volume6: it is a subvolume of btrfs"
-        with Recording() as recording:
-            [started], said = recording.lines(), recording.stop()[1]
+        with Recording("--interval", "never") as recording:
+            (started, *_), said = recording.stop()
         self.assertEqual((started["unwatched"], started["volumes"][:2]), (["/volume6"], ["/volume1", "/volume2"]))
         self.assertIn(reason, said)
-        alone = run("events", "/volume6")
+        alone = run("events", "--interval", "never", "/volume6")
         self.assertEqual((alone.returncode, alone.stdout), (2, b""))
         self.assertIn(reason.encode(), alone.stderr)
         self.assertIn(b"none of the volumes can be watched", alone.stderr)
@@ -191,7 +191,8 @@ class Processes(unittest.TestCase):
         self.addCleanup(output_of, ["umount", "/etc/localtime"])
         with Recording("/volume1/zone") as recording:
             lines = recording.stop()[0]
-        self.assertEqual([line["event"] for line in lines], ["started", "stopped"])
+        # The file is in sight by another path, so that the look isn't the whole truth.
+        self.assertEqual([line["event"] for line in lines], ["started", "incomplete", "stopped"])
 
     def test_has_what_the_list_says_of_it(self):
         path = touch(b"/volume1/photo/held")

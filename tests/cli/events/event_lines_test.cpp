@@ -24,35 +24,51 @@ protected:
 };
 
 TEST_F(Lines, AreNumberedWithoutGaps) {
-    lines_.Started(kMoment, {{"/volume1", "/volume2"}, {"/volume3"}});
+    lines_.Started(kMoment, {{"/volume1", "/volume2"}, {"/volume4"}, {"/volume3"}});
     lines_.Plain("lost", kMoment);
     lines_.Plain("stopped", kMoment);
-    EXPECT_EQ(out_,
-              Line(1, R"("started","volumes":["/volume1","/volume2"],"unwatched":["/volume3"]})") +
-                  Line(2, R"("lost"})") + Line(3, R"("stopped"})"));
+    EXPECT_EQ(
+        out_,
+        Line(
+            1,
+            R"("started","volumes":["/volume1","/volume2"],"looked_at":["/volume4"],"unwatched":["/volume3"]})") +
+            Line(2, R"("lost"})") + Line(3, R"("stopped"})"));
 }
 
 TEST_F(Lines, TellTheProcessAndTheBytesOfNames) {
     const cli::ProcessAnswer process{{"7", "SMB", "10.0.0.1", "alice"}, 99, "-"};
     lines_.File("opened", kMoment, {"/volume1", "/volume1/\xFF", "\xFF", true, 7, &process});
-    EXPECT_EQ(out_, Line(1, R"("opened","volume":"/volume1","process_start":99,"file":{)"
-                            R"("service":"SMB","pid":7,"user":"alice","host":"10.0.0.1",)"
-                            R"("command":"-","full_path":"/volume1/�",)"
-                            R"("full_path_b64":"L3ZvbHVtZTEv/w==","filename":"�",)"
-                            R"("filename_b64":"/w==","deleted":true}})"));
+    EXPECT_EQ(out_,
+              Line(1, R"("opened","volume":"/volume1","process_start":99,"initial":false,"file":{)"
+                      R"("service":"SMB","pid":7,"user":"alice","host":"10.0.0.1",)"
+                      R"("command":"-","full_path":"/volume1/�",)"
+                      R"("full_path_b64":"L3ZvbHVtZTEv/w==","filename":"�",)"
+                      R"("filename_b64":"/w==","deleted":true}})"));
+}
+
+TEST_F(Lines, TellWhatWasOpenBeforeAndWhatALookLacks) {
+    cli::ToldFile file{"/volume1", "/volume1/a", "a"};
+    file.initial = true;
+    lines_.File("opened", kMoment, file);
+    lines_.Incomplete(kMoment, {"b", "\xFF"});
+    EXPECT_NE(out_.find(R"("process_start":null,"initial":true,"file":)"), std::string::npos);
+    EXPECT_EQ(out_.substr(out_.find('\n') + 1), Line(2, R"("incomplete","reasons":["b","�"]})"));
 }
 
 TEST_F(Lines, HaveNullForWhatIsNotKnown) {
     const cli::ProcessAnswer local{{"7", "Internal service", "-", "-"}, 99, "sh"};
     lines_.File("closed", kMoment, {"/volume1", {}, "-", false, 7, &local});
     lines_.File("closed", kMoment, {"", {}, "", false, 0, nullptr});
-    EXPECT_EQ(out_,
-              Line(1, R"("closed","volume":"/volume1","process_start":99,"file":{)"
-                      R"("service":"Internal service","pid":7,"user":null,"host":null,)"
-                      R"("command":"sh","full_path":null,"filename":"-","deleted":null}})") +
-                  Line(2, R"("closed","volume":null,"process_start":null,"file":{"service":null,)"
-                          R"("pid":null,"user":null,"host":null,"command":null,)"
-                          R"("full_path":null,"filename":null,"deleted":null}})"));
+    EXPECT_EQ(
+        out_,
+        Line(1, R"("closed","volume":"/volume1","process_start":99,"initial":false,"file":{)"
+                R"("service":"Internal service","pid":7,"user":null,"host":null,)"
+                R"("command":"sh","full_path":null,"filename":"-","deleted":null}})") +
+            Line(
+                2,
+                R"("closed","volume":null,"process_start":null,"initial":false,"file":{"service":null,)"
+                R"("pid":null,"user":null,"host":null,"command":null,)"
+                R"("full_path":null,"filename":null,"deleted":null}})"));
 }
 
 }  // namespace

@@ -27,11 +27,15 @@ protected:
 };
 
 TEST_F(Entries, AreNumberedWithoutGaps) {
-    entries_.Started(kMoment, {{"/volume1", "/volume2"}, {"/volume3"}});
+    entries_.Started(kMoment, {{"/volume1", "/volume2"}, {"/volume4"}, {"/volume3"}});
     entries_.Plain("lost", kMoment);
-    EXPECT_EQ(out_, "MESSAGE=started: watches /volume1, /volume2\n" + Head(1, "started") +
-                        "VORN_VOLUMES=/volume1\nVORN_VOLUMES=/volume2\nVORN_UNWATCHED=/volume3\n" +
-                        "MESSAGE=lost\n" + Head(2, "lost"));
+    EXPECT_EQ(out_,
+              "MESSAGE=started: watches /volume1, /volume2; looks at /volume4; "
+              "not /volume3\n" +
+                  Head(1, "started") +
+                  "VORN_VOLUMES=/volume1\nVORN_VOLUMES=/volume2\nVORN_LOOKED_AT=/"
+                  "volume4\nVORN_UNWATCHED=/volume3\n" +
+                  "MESSAGE=lost\n" + Head(2, "lost"));
     EXPECT_EQ(ended_, 2);
 }
 
@@ -51,6 +55,17 @@ TEST_F(Entries, TellTheProcess) {
                         "VORN_SERVICE=SMB\nVORN_USER=alice\nVORN_HOST=192.0.2.10\n"
                         "VORN_COMMAND=smbd\nVORN_PATH=/volume1/a b\nVORN_FILENAME=a b\n"
                         "VORN_DELETED=yes\n");
+}
+
+TEST_F(Entries, TellWhatWasOpenBeforeAndWhatALookLacks) {
+    cli::ToldFile file{"/volume1", "/volume1/a", "a"};
+    file.initial = true;
+    entries_.File("opened", kMoment, file);
+    EXPECT_EQ(out_.substr(out_.rfind("VORN_DELETED")), "VORN_DELETED=no\nVORN_INITIAL=yes\n");
+    out_.clear();
+    entries_.Incomplete(kMoment, {"b", "c\nd"});
+    EXPECT_EQ(out_, "MESSAGE=incomplete: b; c\\nd\n" + Head(2, "incomplete") +
+                        "VORN_REASON=b\nVORN_REASON\n\x03\0\0\0\0\0\0\0c\nd\n"s);
 }
 
 TEST_F(Entries, HaveTheBytesOfNamesWithTheirSizeWhereThereIsANewline) {
