@@ -1,59 +1,46 @@
 // SPDX-License-Identifier: MIT
 #include "cli/answer/event_log.h"
 
-#include <fmt/format.h>
-
-#include <ctime>
-
-#include "cli/answer/files.h"
 #include "cli/answer/formats/json_writer.h"
-#include "cli/text/number_text.h"
+#include "cli/host/volumes.h"
 
 namespace cli {
-namespace {
 
-class EventLog {
-public:
-    EventLog(const Presentation& presentation, bool withTime, Output& output)
-        : columns_(ShownColumns(presentation, withTime)),
-          headings_(HeadingsOf(columns_, presentation.schema)),
-          schema_(presentation.schema),
-          output_(output) {}
+EventLog::EventLog(const Presentation& presentation, bool withTime, Output& output)
+    : columns_(ShownColumns(presentation, withTime)),
+      headings_(HeadingsOf(columns_, presentation.schema)),
+      schema_(presentation.schema),
+      output_(output),
+      lines_(NewOrigin(), output.Text(), presentation.schema) {}
 
-    void Write(std::string_view event, const FileRecord& file, bool initial) {
-        std::string& text = output_.Text();
-        text += fmt::format(
-            "{{\"event\":\"{}\",\"at\":\"{}\","
-            "\"initial\":{},\"file\":",
-            event, UtcTime(std::time(nullptr)), initial);
-        FillRow(row_, file, columns_, schema_);
-        AppendJsonObject(text, headings_, row_);
-        text += "}\n";
-        output_.EndRecord();
+void EventLog::Tell(const OpenFiles& files) {
+    at_ = MomentNow();
+    volumes_ = MountedVolumes();
+    const Changes& news = files.News();
+    for (const FileRecord* const closed : news.closed) {
+        TellFile("closed", *closed, false);
     }
-
-    void End() { output_.Flush(); }
-
-private:
-    std::vector<Column> columns_;
-    std::vector<Heading> headings_;
-    int schema_;
-    Output& output_;
-    Row row_;
-};
-
-}  // namespace
-
-void WriteEvents(const Changes& changes, const Presentation& presentation, bool withTime,
-                 Output& output) {
-    EventLog log(presentation, withTime, output);
-    for (const FileRecord* closed : changes.closed) {
-        log.Write("closed", *closed, false);
+    for (const FileRecord* const opened : news.opened) {
+        TellFile("opened", *opened, news.first);
     }
-    for (const FileRecord* opened : changes.opened) {
-        log.Write("opened", *opened, changes.first);
+    TellLacks(files.Look());
+    output_.Flush();
+}
+
+void EventLog::TellFile(std::string_view event, const FileRecord& file, bool initial) {
+    lines_.BeginListed(event, at_, {LowestVolume(file.fullPath, volumes_), StartOf(file), initial});
+    FillRow(row_, file, columns_, schema_);
+    AppendJsonObject(output_.Text(), headings_, row_);
+    lines_.EndListed();
+    output_.EndRecord();
+}
+
+/** Readers of schema 1 know of files alone. */
+void EventLog::TellLacks(const Snapshot& look) {
+    if (schema_ > 1 && !look.incompleteReasons.empty() && look.incompleteReasons != lacks_) {
+        lines_.Incomplete(at_, look.incompleteReasons);
     }
-    log.End();
+    lacks_ = look.incompleteReasons;
 }
 
 }  // namespace cli

@@ -2,19 +2,38 @@
 #ifndef VORN_CLI_ANSWER_EVENT_LOG_H
 #define VORN_CLI_ANSWER_EVENT_LOG_H
 
-#include "cli/answer/presentation.h"
+#include "cli/answer/files.h"
+#include "cli/events/event_lines.h"
 #include "cli/process/output.h"
-#include "cli/question/changes.h"
+#include "cli/question/open_files.h"
 
 namespace cli {
 
 /**
- * Writes {"event":"opened","at":"2024-03-07T14:05:09Z","initial":false,"file":{...}} and the like,
- * a line an event, in few writes: who reads a hundred thousand needn't be woken for each. All are
- * written when it returns. "initial" is what was open at the first look.
+ * What a watch of the list finds, as lines: those of events, but with the list's own columns as the
+ * file. They are written in few writes: who reads a hundred thousand needn't be woken for each.
  */
-void WriteEvents(const Changes& changes, const Presentation& presentation, bool withTime,
-                 Output& output);
+class EventLog {
+public:
+    EventLog(const Presentation& presentation, bool withTime, Output& output);
+
+    /** All that has changed is written when it returns. */
+    void Tell(const OpenFiles& files);
+
+private:
+    void TellFile(std::string_view event, const FileRecord& file, bool initial);
+    void TellLacks(const Snapshot& look);
+
+    const std::vector<Column> columns_;
+    const std::vector<Heading> headings_;
+    const int schema_;
+    Output& output_;
+    EventLines lines_;
+    Row row_;
+    Moment at_ = 0;
+    std::vector<std::string> volumes_;
+    std::vector<std::string> lacks_; /**< as they were told last */
+};
 
 }  // namespace cli
 

@@ -54,13 +54,24 @@ std::string Lacks(const Snapshot& snapshot) {
                : "incomplete: " + Escaped(snapshot.incompleteReason, true);
 }
 
+/** Lines tell the start of each process, which is asked for along with what is asked of it. */
+Question QuestionOf(const Options& options) {
+    Question question = options.question;
+    if (options.presentation.format == Format::kJsonl) {
+        question.asked.facts.set(static_cast<size_t>(Column::kStarted));
+    }
+    return question;
+}
+
 /** Looks again and again, and shows each look. */
 class Watch {
 public:
     Watch(const Options& options, Gate& gate)
         : options_(options),
+          question_(QuestionOf(options)),
           gate_(gate),
-          onScreen_(options.presentation.format == Format::kTable) {}
+          onScreen_(options.presentation.format == Format::kTable),
+          log_(options.presentation, options.question.time, output_) {}
 
     int Run() {
         if (onScreen_ && !DescribeTerminal(STDOUT_FILENO).isTerminal) {
@@ -82,7 +93,7 @@ private:
     void Look() {
         next_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                    std::chrono::duration<double>(*options_.watchSeconds));
-        files_.Take(TakeSnapshot(options_.question, gate_));
+        files_.Take(TakeSnapshot(question_, gate_));
         if (!files_.Look().files.empty()) {
             everFound_ = true;
             gate_.TellFound();
@@ -96,7 +107,7 @@ private:
     Wake ShowUntilNext() {
         const Changes& changes = files_.News();
         if (!onScreen_) {
-            WriteEvents(changes, options_.presentation, options_.question.time, output_);
+            log_.Tell(files_);
             TellNews();
         }
         Wake wake = Wake::kResize;
@@ -129,12 +140,14 @@ private:
     }
 
     const Options& options_;
+    const Question question_;
     Gate& gate_;
     const bool onScreen_;
     // The supervisor ends the watch, by SIGTERM. What else a terminal sends to both processes is
     // kept from ending or stopping this one.
     const Signals signals_{SIGTERM, SIGWINCH, SIGINT, SIGHUP, SIGTSTP};
     Output output_{STDOUT_FILENO};
+    EventLog log_;
     Frame frame_;
     OpenFiles files_;
     Clock::time_point next_;

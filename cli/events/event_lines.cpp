@@ -58,8 +58,8 @@ void AppendFile(std::string& out, const ToldFile& file) {
 
 }  // namespace
 
-EventLines::EventLines(const Origin& origin, std::string& out)
-    : head_("{\"schema\":2,"), out_(out) {
+EventLines::EventLines(const Origin& origin, std::string& out, int schema)
+    : head_(fmt::format("{{\"schema\":{},", schema)), out_(out) {
     AppendJsonMember(head_, "node", origin.node);
     head_ += ',';
     AppendKnown(head_, "machine_id", origin.machine);
@@ -78,6 +78,19 @@ void EventLines::Begin(const Event& event) {
                         event.at % kSecond, event.name);
 }
 
+/** Up to the file itself. */
+void EventLines::BeginFile(std::string_view volume, std::uint64_t start, bool initial) {
+    out_ += ',';
+    AppendKnown(out_, "volume", volume);
+    out_ +=
+        fmt::format(",\"process_start\":{},\"initial\":{},\"file\":", NumberOrNull(start), initial);
+}
+
+void EventLines::BeginListed(std::string_view event, Moment at, const Listed& file) {
+    Begin(Next(event, at));
+    BeginFile(file.volume, file.start, file.initial);
+}
+
 void EventLines::Tell(const Event& event) {
     Begin(event);
     if (event.coverage != nullptr) {
@@ -89,10 +102,7 @@ void EventLines::Tell(const Event& event) {
         AppendList(out_, "reasons", *event.reasons);
     }
     if (event.file != nullptr) {
-        out_ += ',';
-        AppendKnown(out_, "volume", event.file->volume);
-        out_ += fmt::format(",\"process_start\":{},\"initial\":{},\"file\":",
-                            NumberOrNull(event.file->Process().start), event.file->initial);
+        BeginFile(event.file->volume, event.file->Process().start, event.file->initial);
         AppendFile(out_, *event.file);
     }
     out_ += "}\n";

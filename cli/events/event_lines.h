@@ -11,9 +11,19 @@ namespace cli {
 /** Events as lines of JSON. */
 class EventLines : public EventTeller {
 public:
-    EventLines(const Origin& origin, std::string& out);
+    EventLines(const Origin& origin, std::string& out, int schema = 2);
+
+    /** What a look at the list has found, for a record that the list's own writer appends. */
+    struct Listed {
+        std::string_view volume; /**< empty where it isn't known */
+        std::uint64_t start = 0; /**< of the process; 0 where it isn't known */
+        bool initial = false;
+    };
+    void BeginListed(std::string_view event, Moment at, const Listed& file);
+    void EndListed() { out_ += "}\n"; }
 
 private:
+    void BeginFile(std::string_view volume, std::uint64_t start, bool initial);
     void Tell(const Event& event) override;
     void Begin(const Event& event);
 

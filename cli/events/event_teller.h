@@ -22,6 +22,10 @@ public:
     /** Of none: lost, heartbeat, stopped. */
     void Plain(std::string_view event, Moment at);
 
+protected:
+    /** The next one, of which nothing more is known yet. */
+    Event Next(std::string_view name, Moment at) { return {++number_, at, name}; }
+
 private:
     virtual void Tell(const Event& event) = 0;
 

@@ -8,6 +8,7 @@
 
 #include "cli/failure.h"
 #include "cli/host/deleted.h"
+#include "cli/host/volumes.h"
 #include "support/numbers.h"
 #include "support/text.h"
 
@@ -136,16 +137,12 @@ void VolumeLooks::TellLacks(std::vector<std::string> reasons) {
     lacks_ = std::move(reasons);
 }
 
-/** The lowest one that it is on. */
 std::string_view VolumeLooks::VolumeOf(std::string_view path) const {
     std::string_view found;
     for (const auto* const volumes :
          {&coverage_.watched, &coverage_.lookedAt, &coverage_.unwatched}) {
-        for (const std::string& volume : *volumes) {
-            if (volume.size() > found.size() && support::IsAtOrBelow(path, volume)) {
-                found = volume;
-            }
-        }
+        const std::string_view volume = LowestVolume(path, *volumes);
+        found = volume.size() > found.size() ? volume : found;
     }
     return found;
 }

@@ -23,6 +23,16 @@ std::vector<std::string> MountedVolumes() {
     return volumes;
 }
 
+std::string_view LowestVolume(std::string_view path, const std::vector<std::string>& volumes) {
+    std::string_view found;
+    for (const std::string& volume : volumes) {
+        if (volume.size() > found.size() && support::IsAtOrBelow(path, volume)) {
+            found = volume;
+        }
+    }
+    return found;
+}
+
 std::vector<std::string> ResolvedPaths(const std::vector<std::string>& paths,
                                        const std::vector<std::string>& volumes) {
     std::vector<std::string> resolved;

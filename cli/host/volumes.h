@@ -3,6 +3,7 @@
 #define VORN_CLI_HOST_VOLUMES_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/failure.h"
@@ -17,6 +18,9 @@ public:
 
 /** Mount points of the data volumes, from the platform. Empty when there is none. */
 std::vector<std::string> MountedVolumes();
+
+/** The one of some volumes that a path is on, the lowest where they lie in each other; or empty. */
+std::string_view LowestVolume(std::string_view path, const std::vector<std::string>& volumes);
 
 /**
  * PATHs as the kernel names them: absolute, without links, "." and "..". What doesn't exist any

@@ -11,7 +11,7 @@ import unittest
 
 from harness.command import COMMAND, run
 from harness.files import touch
-from harness.processes import Holder
+from harness.processes import Holder, output_of, stop
 from harness.terminal import Terminal
 
 LONG = "/volume1/photo/" + "holiday on the sea " * 8 + "\u5199\u771f\u5199\u771f.jpg"
@@ -238,6 +238,39 @@ class Events(unittest.TestCase):
                          [("opened", True, "first"), ("opened", False, "second"), ("closed", False, "second")])
         self.assertEqual(opened["file"], closed["file"])
         self.assertEqual(opened["file"]["pid"], str(holder.pid))
+
+    def test_have_the_members_that_events_of_the_kernel_have(self):
+        with Holder([touch(b"/volume1/photo/first")]) as holder:
+            watch = self.start("/volume1/photo/first", "/volume1/photo/second")
+            lines = [json.loads(watch.stdout.readline())]
+            with Holder([touch(b"/volume1/photo/second")]):
+                lines += [json.loads(watch.stdout.readline())]
+            lines += [json.loads(watch.stdout.readline())]
+            with open(f"/proc/{holder.pid}/stat", encoding="ascii") as file:
+                start = int(file.read().rpartition(")")[2].split()[19])
+            stop(watch)
+        self.assertEqual([line["seq"] for line in lines], [1, 2, 3])
+        self.assertEqual({(line["schema"], line["node"], line["volume"]) for line in lines},
+                         {(1, os.uname().nodename, "/volume1")})
+        self.assertEqual(len({(line["run"], line["machine_id"]) for line in lines}), 1)
+        self.assertEqual(lines[0]["process_start"], start)
+        self.assertEqual(lines[1]["process_start"], lines[2]["process_start"])
+        self.assertRegex(lines[0]["at"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6}Z$")
+
+    def test_tell_readers_of_the_second_schema_once_what_looks_may_lack(self):
+        for folder in ("/volume1/inner", "/mnt/outside"):
+            os.makedirs(folder, exist_ok=True)
+        output_of(["mount", "--bind", "/volume1/inner", "/mnt/outside"])
+        self.addCleanup(output_of, ["umount", "/mnt/outside"])
+        for schema, events in (("1", ["opened", "closed"]), ("2", ["opened", "incomplete", "closed"])):
+            held = Holder([touch(b"/volume1/photo/first")])
+            watch = self.start("/volume1/photo/first", "--schema", schema)
+            lines = [json.loads(watch.stdout.readline()) for _ in events[:-1]]
+            held.stop()
+            lines.append(json.loads(watch.stdout.readline()))
+            stop(watch)
+            self.assertEqual([line["event"] for line in lines], events)
+            self.assertEqual([line["seq"] for line in lines], list(range(1, len(events) + 1)))
 
     def test_that_never_saw_anything_ends_so(self):
         for arguments in ([], ["--timeout", "30"]):
