@@ -36,14 +36,14 @@ def parse_export(text):
 class Journal:
     """Its sockets are there as long as it is, as systemd keeps them; journald comes and goes."""
 
-    def __init__(self):
+    def __init__(self, settings="Storage=persistent\nRateLimitIntervalSec=0\nForwardToSyslog=no\n"):
         with open("/etc/machine-id", encoding="ascii") as file:
             self.folder = f"/var/log/journal/{file.read().strip()}.{NAMESPACE}"
         self.runtime = f"/run/systemd/journal.{NAMESPACE}"
         for folder in (self.folder, self.runtime, os.path.dirname(SETTINGS)):
             os.makedirs(folder, exist_ok=True)
         with open(SETTINGS, "w", encoding="ascii") as file:
-            file.write("[Journal]\nStorage=persistent\nRateLimitIntervalSec=0\nForwardToSyslog=no\n")
+            file.write(f"[Journal]\n{settings}")
         os.symlink(self.runtime, os.path.dirname(SOCKET))
         self.sockets = {}
         self.listen()

@@ -16,7 +16,7 @@ trap 'rm -rf "$units"' EXIT
 chmod 755 "$units"
 cp -r "$data"/. "$units"
 # What they start is looked for, and need not be installed here.
-sed -i -E 's#^(Exec[A-Za-z]+=)vorn-[a-z]+#\1/bin/true#' "$units"/*.service
+sed -i -E 's#^(Exec[A-Za-z]+=)(vorn-[a-z]+|/usr/lib/systemd/systemd-journal-upload)#\1/bin/true#' "$units"/*.service
 export SYSTEMD_UNIT_PATH=$units: # the trailing colon adds systemd's own units
 
 # systemd reads a drop-in together with its unit; each gets the least that can be started.
@@ -58,10 +58,12 @@ if [ -n "$missing" ]; then
     exit 1
 fi
 
-# Ten times the exposure that docs/reliability.md names.
+# Ten times the exposure that docs/reliability.md names; 0.3 more where CAP_SYS_ADMIN is needed.
 exposed=0
 for service in "$data"/*.service; do
-    systemd-analyze security --offline=yes --no-pager --threshold=25 "$service" >"$units/exposure" ||
+    threshold=25
+    [[ $service != */vorn-openfiles-events.service ]] || threshold=28
+    systemd-analyze security --offline=yes --no-pager --threshold=$threshold "$service" >"$units/exposure" ||
         { cat "$units/exposure"; exposed=1; }
 done
 [ "$exposed" = 0 ]
