@@ -53,7 +53,7 @@ def lasting(lines):
     lines = [re.sub(r"  [\d,]+(?= +/volume)", "  FD", line) for line in lines]
     lines = [re.sub(r"(?<=\S) {2,}\d+(?=  )", "  PID", line) for line in lines]
     lines = [re.sub(r"process \d+", "process PID", line) for line in lines]
-    lines = [re.sub(r"(\d{4}-\d\d-\d\dT)?\d\d:\d\d:\d\dZ?", "TIME", line) for line in lines]
+    lines = [re.sub(r"(\d{4}-\d\d-\d\dT)?\d\d:\d\d:\d\d(\.\d{6})?Z?", "TIME", line) for line in lines]
     return [re.sub(r" {2,}", "  ", line) for line in lines]
 
 
