@@ -7,7 +7,7 @@ namespace {
 constexpr std::string_view kList = R"(Usage: vorn-openfiles [list] [OPTION...] [--] [PATH...]
        vorn-openfiles services [--json]
        vorn-openfiles check [--json] [--timeout N]
-       vorn-openfiles metrics [--by share|volume] [--output FILE] [--timeout N]
+       vorn-openfiles metrics [--by share|volume] [--no-user] [--output FILE]
        vorn-openfiles busy|idle [--wait[=N]] [--inside] [--json|--pids] [PATH...]
        vorn-openfiles disconnect [--yes|--dry-run] [SELECTION] [PATH...]
        vorn-openfiles help [COMMAND]

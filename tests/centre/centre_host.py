@@ -1,6 +1,7 @@
 """A centre of the tests' own: PostgreSQL in a temporary folder, journals as the receiver writes them, the loader."""
 
 import array
+import contextlib
 import fcntl
 import glob
 import os
@@ -79,7 +80,8 @@ class PostgreSQL:
         """As a power cut would: the postmaster and all that it has started, which share its memory."""
         children = children_of(self._process.pid)
         for pid in (self._process.pid, *children):
-            os.kill(pid, signal.SIGKILL)
+            with contextlib.suppress(ProcessLookupError):  # some come and go by themselves
+                os.kill(pid, signal.SIGKILL)
         self._process.wait()
         wait_until(lambda: not any(os.path.exists(f"/proc/{pid}") for pid in children), "PostgreSQL to be gone")
 

@@ -35,11 +35,11 @@ def set_up_receiver(**options):
     output_of(["systemd-sysusers", f"{CENTRE}/receiver/sysusers.conf"])
     postgresql = set_up_centre(**options)
     for folder in (CERTIFICATES, ETC, SOCKETS, CREDENTIALS, f"/run/{RECEIVER}"):
-        os.makedirs(folder)
+        os.makedirs(folder, exist_ok=True)
     shutil.chown(f"/run/{RECEIVER}", RECEIVER)
     for authority in ("ours", "theirs"):
         make_authority(authority)
-    make_certificate("server", "/CN=localhost", "ours", "subjectAltName=DNS:localhost")
+    make_certificate("server", "/CN=localhost", "ours", "subjectAltName=DNS:localhost,DNS:centre")
     shutil.copy(f"{CERTIFICATES}/server.pem", ETC)
     shutil.copy(f"{CERTIFICATES}/ours.pem", f"{ETC}/hosts.pem")
     shutil.copy(f"{CERTIFICATES}/server.key", CREDENTIALS)
